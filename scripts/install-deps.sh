@@ -1,0 +1,21 @@
+#!/usr/bin/env bash
+# Installs the Debian packages Tunelark builds, runs and tests with. Idempotent and quiet.
+set -euo pipefail
+BUILD_PKGS=(build-essential cmake pkg-config libgtk-3-dev libwebkit2gtk-4.1-dev libgstreamer1.0-dev
+  libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-good gstreamer1.0-plugins-base
+  gstreamer1.0-pulseaudio gstreamer1.0-tools libpulse-dev libsqlite3-dev nlohmann-json3-dev)
+TEST_PKGS=(googletest libgtest-dev libgmock-dev xvfb xauth pulseaudio pulseaudio-utils xdotool lame sox imagemagick
+  x11-utils dbus dbus-x11 ccache python3 python3-numpy webkit2gtk-driver)
+want=("${BUILD_PKGS[@]}")
+[[ ${1:-} == --test ]] && want+=("${TEST_PKGS[@]}")
+missing=()
+for p in "${want[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q 'install ok installed' || missing+=("$p")
+done
+((${#missing[@]} == 0)) && exit 0
+SUDO=; ((EUID != 0)) && SUDO=sudo
+export DEBIAN_FRONTEND=noninteractive
+if ! { $SUDO apt-get update -qq && $SUDO apt-get install -y -qq --no-install-recommends "${missing[@]}"; } >/tmp/tunelark-apt.log 2>&1; then
+  echo "tunelark: could not install Debian packages: ${missing[*]} (see /tmp/tunelark-apt.log)" >&2
+  exit 1
+fi

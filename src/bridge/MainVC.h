@@ -1,0 +1,51 @@
+#pragma once
+#include "library/store/Store.h"
+#include "platform/MainQueue.h"
+#include "platform/PageView.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tunelark {
+
+// The main view state that the handlers, the engine, the library and the lyrics window share, and the
+// page-call operations: what native code says to the page. Main thread only.
+class MainVC {
+public:
+    // The newest main view; set on creation, never cleared.
+    static inline MainVC* shared = nullptr;
+
+    MainVC(MainQueue& queue, PageView* webView);
+
+    bool loaded = false;
+    std::optional<Records<Mp3Entity>> storedMp3Entities;  // play-list order, from the last load
+    std::optional<Records<LrcEntity>> storedLrcEntities;  // as fetched by the last load
+    bool isPlaying = false;
+    std::string playingFilePath;
+    std::string playMode = "cycle";
+    int displayingRowNum = 1;
+    PageView* wkWebView = nullptr;  // not owned
+
+    // Page calls: each posts a task to the main queue that builds the script and evaluates it, so
+    // callers never wait. A call is dropped when there is no main view or web view by then.
+    void setMode();  // reads playMode when the script is built
+    void setIsPlaying(bool playing);
+    void setPlayingFilePath(const std::string& filePath);
+    void setMainFileName(const std::string& name);
+    void setDuration(const std::string& text);
+    void setCurrent(const std::string& text);
+    void setSliderCurrentValue(std::int64_t value);
+    void setSpeed(const std::string& text);
+
+    // Evaluates a ready script at once (from main-queue tasks that already built it).
+    void evaluate(const std::string& script);
+
+    MainQueue& queue() { return queue_; }
+
+private:
+    void post(std::function<std::string()> buildScript);
+    MainQueue& queue_;
+};
+
+}  // namespace tunelark

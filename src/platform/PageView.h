@@ -1,0 +1,26 @@
+#pragma once
+#include <functional>
+#include <string>
+
+namespace tunelark {
+
+// The embedded web view that shows the page. Main thread only.
+class PageView {
+public:
+    virtual ~PageView() = default;
+    // Runs a script in the page's main frame without waiting; its result and errors are dropped.
+    virtual void evaluate(const std::string& script) = 0;
+    // Binds a message name of window.webkit.messageHandlers; the handler gets the body as JSON text
+    // ("null" when the page passed nothing). Handlers run on the main thread, one message at a time.
+    virtual void registerHandler(const std::string& name, std::function<void(const std::string& bodyJson)> handler) = 0;
+};
+
+// What the page asks to navigate to; the answer is allow or cancel.
+struct NavigationAction {
+    bool isLinkActivation = false;
+    std::string url;  // absolute URL text
+};
+
+enum class NavigationDecision { Allow, Cancel };
+
+}  // namespace tunelark
