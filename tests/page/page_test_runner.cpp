@@ -2,8 +2,10 @@
 // recorder, and drives it with the JavaScript test files given on the command line.
 //
 //   page_test_runner --www DIR --harness FILE TEST.js...
-//   page_test_runner --www DIR --screenshot OUT.png [--size WxH] DEMO.js
+//   page_test_runner --www DIR --screenshot OUT.png [--size WxH] [--hold SECONDS] DEMO.js
 //
+// --hold keeps the page open that long before the screenshot, printing each post, so that a person or
+// xdotool can try it.
 // Every case of a test file runs in a freshly loaded page. Exit status: 0 all passed, 1 a case failed
 // or timed out, 2 the runner could not start.
 #include <gtk/gtk.h>
@@ -13,6 +15,7 @@
 
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -97,7 +100,7 @@ public:
 
     bool loadPage();
     int runFile(const fs::path& harness, const fs::path& testFile);
-    bool screenshot(const std::string& demoScript, const fs::path& out);
+    bool screenshot(const std::string& demoScript, const fs::path& out, int holdSeconds);
 
 private:
     static void onSchemeRequest(WebKitURISchemeRequest* request, gpointer self) noexcept;
@@ -126,6 +129,7 @@ private:
     std::vector<Recorded> posts_;
     std::size_t taken_ = 0;
     bool loaded_ = false;
+    bool echoPosts_ = false;
     std::optional<json> caseList_;
     std::optional<json> caseResult_;
 };
@@ -220,7 +224,8 @@ void PageTestRunner::onMessage(WebKitUserContentManager*, WebKitJavascriptResult
 void PageTestRunner::record(const std::string& name, JSCValue* value) {
     GCharPtr text(jsc_value_to_json(value, 0));
     posts_.push_back({name, text ? text.get() : "null"});
-    if (name == "nativeLog" || name == "nativeAlert") std::cout << "  page " << name << ": " << posts_.back().bodyJson << '\n';
+    if (echoPosts_ || name == "nativeLog" || name == "nativeAlert")
+        std::cout << "  page " << name << ": " << posts_.back().bodyJson << std::endl;
 }
 
 void PageTestRunner::report(const std::string& bodyJson) {
@@ -383,15 +388,16 @@ int PageTestRunner::runFile(const fs::path& harness, const fs::path& testFile) {
     return failed;
 }
 
-bool PageTestRunner::screenshot(const std::string& demoScript, const fs::path& out) {
+bool PageTestRunner::screenshot(const std::string& demoScript, const fs::path& out, int holdSeconds) {
     if (!loadPage()) return false;
     evaluate(demoScript, "demo.js");
+    echoPosts_ = holdSeconds > 0;
     bool settled = false;
-    g_timeout_add(800, [](gpointer flag) noexcept -> gboolean {
+    g_timeout_add(800 + 1000 * static_cast<guint>(holdSeconds), [](gpointer flag) noexcept -> gboolean {
         *static_cast<bool*>(flag) = true;
         return G_SOURCE_REMOVE;
     }, &settled);
-    waitUntil([&settled] { return settled; }, std::chrono::seconds(5));
+    waitUntil([&settled] { return settled; }, std::chrono::seconds(5 + holdSeconds));
     struct Shot { cairo_surface_t* surface = nullptr; bool done = false; } shot;
     webkit_web_view_get_snapshot(
         view_, WEBKIT_SNAPSHOT_REGION_VISIBLE, WEBKIT_SNAPSHOT_OPTIONS_NONE, nullptr,
@@ -413,6 +419,7 @@ struct Options {
     std::optional<fs::path> screenshot;
     int width = 1200;
     int height = 600;
+    int holdSeconds = 0;
     std::vector<fs::path> files;
 };
 
@@ -424,6 +431,7 @@ std::optional<Options> parseOptions(int argc, char** argv) {
         if (arg == "--www" && hasValue) options.www = argv[++i];
         else if (arg == "--harness" && hasValue) options.harness = argv[++i];
         else if (arg == "--screenshot" && hasValue) options.screenshot = argv[++i];
+        else if (arg == "--hold" && hasValue) options.holdSeconds = std::atoi(argv[++i]);
         else if (arg == "--size" && hasValue) {
             if (std::sscanf(argv[++i], "%dx%d", &options.width, &options.height) != 2) return std::nullopt;
         } else if (arg.rfind("--", 0) == 0) return std::nullopt;
@@ -439,7 +447,7 @@ int run(const Options& options) {
     PageTestRunner runner(options.www, options.width, options.height);
     if (options.screenshot) {
         const auto demo = readFile(options.files.front());
-        if (demo && runner.screenshot(*demo, *options.screenshot)) return 0;
+        if (demo && runner.screenshot(*demo, *options.screenshot, options.holdSeconds)) return 0;
         std::cerr << "page_test_runner: no screenshot written\n";
         return 1;
     }
@@ -457,7 +465,7 @@ int main(int argc, char** argv) {
     const auto options = tunelark::parseOptions(argc, argv);
     if (!options) {
         std::cerr << "usage: page_test_runner --www DIR --harness FILE TEST.js...\n"
-                     "       page_test_runner --www DIR --screenshot OUT.png [--size WxH] DEMO.js\n";
+                     "       page_test_runner --www DIR --screenshot OUT.png [--size WxH] [--hold SECONDS] DEMO.js\n";
         return 2;
     }
     if (!gtk_init_check(&argc, &argv)) {

@@ -173,3 +173,17 @@ T.test('an empty play list shows the empty state', async () => {
   T.eq(T.text('#track-count'), 'No tracks', 'count');
   T.ok(T.$('#clear-button').disabled, 'nothing to clear');
 });
+
+T.test('the side panel names the lyric file, encoding and place of the current track', async () => {
+  const data = Fixtures.basic();
+  Fixtures.load(data);
+  T.eq([T.text('#now-lyrics'), T.text('#now-position')], ['None', 'None'], 'nothing current');
+  setPlayingFilePath(data.mp3s[1].filePath);
+  T.eq([T.text('#now-lyrics'), T.text('#now-position')], ['Harbour Song.lrc · GB18030', '2 of 3'], 'current');
+  const select = Fixtures.row(1).querySelector('select');
+  select.value = 'big5';
+  select.dispatchEvent(new Event('change', { bubbles: true }));
+  T.eq(T.text('#now-lyrics'), 'Harbour Song.lrc · big5', 'after choosing an encoding');
+  dragRow(1, 2, 'lower');
+  T.eq(T.text('#now-position'), '3 of 3', 'after a move');
+});

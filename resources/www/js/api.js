@@ -72,6 +72,7 @@ function setPlayList(mp3Json, lrcJson) {
   Tunelark.view.playList.itemsChanged();
   Tunelark.view.controls.showItemCount();
   Tunelark.view.controls.showPlaying();
+  Tunelark.view.controls.showNowDetails();
 }
 
 function setAllSupportedCharsetNames(json) {

@@ -5,12 +5,14 @@ Tunelark.Controls = class {
   constructor(playList) {
     this.state = Tunelark.state;
     this.playList = playList;
+    playList.onChange = () => this.showNowDetails();
     const byId = (id) => document.getElementById(id);
     this.el = {
       dragArea: byId('drag-area'), clear: byId('clear-button'), about: byId('about-link'),
       play: byId('play-button'), playIcon: byId('play-icon'), slider: byId('position-slider'),
       mode: byId('mode-button'), modeIcon: byId('mode-icon'), modeText: byId('mode-text'),
       speedText: byId('speed-text'), nowTitle: byId('now-title'), nowPath: byId('now-path'),
+      nowLyrics: byId('now-lyrics'), nowPosition: byId('now-position'),
       playState: byId('play-state'), copy: byId('copy-button'), lyricsToggle: byId('lyrics-toggle'),
       rowsOne: byId('rows-one'), rowsTwo: byId('rows-two'), clearDialog: byId('clear-dialog'),
       clearText: byId('clear-text'), aboutDialog: byId('about-dialog'), aboutName: byId('about-name'),
@@ -77,11 +79,22 @@ Tunelark.Controls = class {
   }
 
   showPlayingPath() {
-    const path = this.state.playingPath;
-    this.el.nowPath.textContent = Tunelark.readablePath(path);
-    this.el.nowPath.title = Tunelark.readablePath(path);
+    const path = Tunelark.readablePath(this.state.playingPath);
+    this.el.nowPath.textContent = path;
+    this.el.nowPath.title = path;
     this.el.copy.disabled = !path;
     this.showPlaying();
+    this.showNowDetails();
+  }
+
+  // The lyric file of the current track with its encoding, and the track's place in the list.
+  showNowDetails() {
+    const { items, playingIndex, lyricsByMain } = this.state;
+    const item = items[playingIndex];
+    const lyric = item && lyricsByMain.get(item.mainPathFileName);
+    this.el.nowLyrics.textContent = lyric ? lyric.fileName + ' · ' + lyric.charset : 'None';
+    this.el.nowPosition.textContent = item
+      ? (playingIndex + 1).toLocaleString('en-US') + ' of ' + items.length.toLocaleString('en-US') : 'None';
   }
 
   showMode() {

@@ -17,6 +17,7 @@ Tunelark.PlayList = class {
     this.last = 0;
     this.viewHeight = this.viewport.clientHeight;
     this.dragFrom = -1;
+    this.onChange = () => {};  // the order or a lyric encoding changed here
     this.optionsHtml = '';
     this.icons = {
       play: Tunelark.icons.svg('play'), pause: Tunelark.icons.svg('pause'),
@@ -186,6 +187,7 @@ Tunelark.PlayList = class {
     const lyric = item && this.state.lyricsByMain.get(item.mainPathFileName);
     if (!lyric) return;
     lyric.charset = e.target.value;
+    this.onChange();
     Tunelark.post('nativeSetCharset', { mainPathFileName: lyric.mainPathFileName, charset: lyric.charset });
   }
 
@@ -221,6 +223,7 @@ Tunelark.PlayList = class {
     this.state.selected = selectedItem ? items.indexOf(selectedItem) : -1;
     Tunelark.syncPlayingIndex();
     this.render(true);
+    this.onChange();
     Tunelark.post('nativeMoveItem', { fromIndex: from, toIndex: to });
   }
 
