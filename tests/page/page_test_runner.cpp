@@ -294,10 +294,14 @@ gboolean PageTestRunner::onDecidePolicy(WebKitWebView*, WebKitPolicyDecision* de
     if (type != WEBKIT_POLICY_DECISION_TYPE_NAVIGATION_ACTION) return FALSE;
     WebKitNavigationAction* action =
         webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
-    const std::string uri = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
-    if (uri.rfind("tunelark://", 0) == 0) return FALSE;
-    self->posts_.push_back({"navigation", json(uri).dump()});
-    if (uri.rfind("native://calcUsername", 0) == 0) self->evaluate("username='Orvendel';", "native-call");
+    const char* uri = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+    if (g_str_has_prefix(uri, "tunelark://")) return FALSE;
+    try {
+        self->posts_.push_back({"navigation", json(uri).dump()});
+        if (g_str_has_prefix(uri, "native://calcUsername")) self->evaluate("username='Orvendel';", "native-call");
+    } catch (const std::exception& e) {
+        std::cerr << "page_test_runner: navigation failed: " << e.what() << '\n';
+    }
     webkit_policy_decision_ignore(decision);
     return TRUE;
 }

@@ -11,7 +11,8 @@ Tunelark.PlayList = class {
     this.emptyEl = document.getElementById('empty-state');
     this.countEl = document.getElementById('track-count');
     this.columnsEl = document.querySelector('.columns');
-    this.rowHeight = 52;
+    // Rows have one fixed height, set in the style sheet; positions are computed from it.
+    this.rowHeight = parseFloat(getComputedStyle(document.documentElement).getPropertyValue('--row-height')) || 52;
     this.overscan = 6;
     this.first = 0;
     this.last = 0;
