@@ -1,0 +1,55 @@
+#pragma once
+#include "platform/MainWindow.h"
+
+#include <functional>
+
+namespace tunelark {
+
+// The main window controller: closing, showing, dragging and the maximise/restore toggle.
+// Main thread only.
+class MainWC {
+public:
+    // Ends the process with the given status; tests pass a recorder.
+    using ExitProcess = std::function<void(int status)>;
+
+    // The newest controller; set on creation, never cleared.
+    static inline MainWC* shared = nullptr;
+
+    static constexpr double kNormalWidth = 1200;
+    static constexpr double kNormalHeight = 600;
+    // Used as the maximise target when the pointer is on no screen.
+    static constexpr Rect kFallbackTarget{0, 0, 1024, 768};
+    // A window narrower than this has not been given its size yet.
+    static constexpr double kShownMinimumWidth = 100;
+
+    MainWC(MainWindow& window, const Screens& screens, ExitProcess exitProcess);
+    MainWC(const MainWC&) = delete;
+    MainWC& operator=(const MainWC&) = delete;
+
+    MainWindow& window() { return window_; }
+
+    // The user closes the main window: it leaves the screen and the process ends with status 0. The
+    // usual quit sequence (save, quit dialog) does not run.
+    void windowShouldClose();
+    // Brings the main window forward; before the page has asked for its first showing the window has
+    // no size yet, so it stays hidden.
+    void showWindow();
+    // Starts a window-manager drag from the last press in the web view; nothing without one.
+    void startMoveWindow();
+    // Fills the visible frame of the screen under the pointer, or restores the normal size centred on
+    // the main screen when the window already covers that frame.
+    void changeMaxMin();
+
+    // The maximise target for a pointer position: the visible frame of the first screen whose frame
+    // holds it, else kFallbackTarget.
+    static Rect maximiseTarget(const std::vector<Screen>& screens, Point pointer);
+    // The normal frame centred on the main screen's full frame; its origin is not added.
+    static Rect restoredFrame(const std::vector<Screen>& screens);
+
+private:
+    MainWindow& window_;
+    const Screens& screens_;
+    ExitProcess exitProcess_;
+};
+
+}  // namespace tunelark
