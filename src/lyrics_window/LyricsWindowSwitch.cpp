@@ -1,0 +1,57 @@
+#include "lyrics_window/LyricsWindowSwitch.h"
+
+#include "bridge/MainVC.h"
+#include "lyrics_window/DragableTextField.h"
+#include "lyrics_window/LyricsVC.h"
+#include "lyrics_window/LyricsWC.h"
+
+namespace tunelark {
+
+// Declared in the order of making; destroyed the other way round, the window last.
+struct LyricsWindowSwitch::Scene {
+    std::unique_ptr<LyricsWindow> window;
+    std::unique_ptr<LyricsWC> windowController;
+    std::unique_ptr<DragableTextField> txtLyrics;
+    std::unique_ptr<LyricsVC> viewController;
+};
+
+LyricsWindowSwitch::LyricsWindowSwitch(WindowFactory makeWindow, Store& store, std::function<void()> showMainWindow)
+    : makeWindow_(std::move(makeWindow)), store_(store), showMainWindow_(std::move(showMainWindow)) {}
+
+LyricsWindowSwitch::~LyricsWindowSwitch() = default;
+
+void LyricsWindowSwitch::turnLyricsOn(const std::string& needOn, const std::string& rowAmoutString) {
+    if (needOn == "false") {
+        if (LyricsWC::shared != nullptr) LyricsWC::shared->orderOut();
+    } else if (needOn == "true") {
+        if (LyricsWC::shared == nullptr) performShowLyricsWindowSegue();
+        if (LyricsWC::shared != nullptr) LyricsWC::shared->showWindow();
+    }
+    turnOneRowOrTow(rowAmoutString);
+}
+
+void LyricsWindowSwitch::turnOneRowOrTow(const std::string& rowAmoutString) {
+    if (MainVC::shared == nullptr) return;
+    if (rowAmoutString == "oneRow") MainVC::shared->displayingRowNum = 1;
+    if (rowAmoutString == "towRows") MainVC::shared->displayingRowNum = 2;
+}
+
+void LyricsWindowSwitch::performShowLyricsWindowSegue() {
+    // The main view performs the segue; without it nothing is made.
+    if (MainVC::shared == nullptr || !makeWindow_) return;
+    auto window = makeWindow_();
+    if (!window) return;
+    auto scene = std::make_unique<Scene>();
+    scene->window = std::move(window);
+    scene->windowController = std::make_unique<LyricsWC>(*scene->window);
+    DragableTextField::Hooks hooks{
+        showMainWindow_,
+        [] { return LyricsVC::shared != nullptr && !LyricsVC::shared->keepBackgroundColor; },
+    };
+    scene->txtLyrics = std::make_unique<DragableTextField>(*scene->window, std::move(hooks));
+    scene->viewController = std::make_unique<LyricsVC>(*scene->txtLyrics);
+    scene->viewController->viewDidLoad(store_);
+    scene_ = std::move(scene);
+}
+
+}  // namespace tunelark

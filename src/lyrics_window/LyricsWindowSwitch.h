@@ -1,0 +1,38 @@
+#pragma once
+#include "library/store/Store.h"
+#include "platform/LyricsWindow.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tunelark {
+
+// What the page does to the lyrics window: turn it on or off and choose one or two rows. The window
+// and its controllers are made on the first "true" and kept until quit. Main thread only.
+class LyricsWindowSwitch {
+public:
+    using WindowFactory = std::function<std::unique_ptr<LyricsWindow>()>;
+
+    LyricsWindowSwitch(WindowFactory makeWindow, Store& store, std::function<void()> showMainWindow);
+    ~LyricsWindowSwitch();
+    LyricsWindowSwitch(const LyricsWindowSwitch&) = delete;
+    LyricsWindowSwitch& operator=(const LyricsWindowSwitch&) = delete;
+
+    // needOn "true" shows (making the window the first time), "false" hides, anything else neither;
+    // then the row mode as turnOneRowOrTow. Values are exact texts, case included.
+    void turnLyricsOn(const std::string& needOn, const std::string& rowAmoutString);
+    // "oneRow" is one row, "towRows" two; anything else leaves the row mode.
+    void turnOneRowOrTow(const std::string& rowAmoutString);
+
+private:
+    struct Scene;
+    void performShowLyricsWindowSegue();
+
+    WindowFactory makeWindow_;
+    Store& store_;
+    std::function<void()> showMainWindow_;
+    std::unique_ptr<Scene> scene_;
+};
+
+}  // namespace tunelark
