@@ -1,0 +1,77 @@
+#pragma once
+#include "platform/PageView.h"
+#include "platform/glib/GObjectHandles.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+typedef struct _GtkWidget GtkWidget;
+typedef struct _WebKitWebView WebKitWebView;
+typedef struct _WebKitWebContext WebKitWebContext;
+typedef struct _WebKitUserContentManager WebKitUserContentManager;
+typedef union _GdkEvent GdkEvent;
+
+namespace tunelark {
+
+// A copy of one GDK event, freed with it.
+class GdkEventHolder {
+public:
+    GdkEventHolder() = default;
+    explicit GdkEventHolder(const GdkEvent* event);  // copies
+    const GdkEvent* get() const { return event_.get(); }
+    explicit operator bool() const { return event_ != nullptr; }
+
+private:
+    struct Free {
+        void operator()(GdkEvent* event) const noexcept;
+    };
+    std::unique_ptr<GdkEvent, Free> event_;
+};
+
+// The page's web view: WebKitGTK with the page served from our own URI scheme, the bridge's message
+// handlers, and the last button press kept for window drags. Main thread only.
+class WkWebViewWithMouseEvent : public PageView {
+public:
+    // The scheme the page is served under, as "tunelark://app/<path in the page folder>".
+    static constexpr const char* kScheme = "tunelark";
+    static constexpr const char* kPageUri = "tunelark://app/index.html";
+
+    struct Callbacks {
+        // The real file a request path names ("/js/main.js", percent-encoded), or nothing to refuse it.
+        std::function<std::optional<std::string>(const std::string& requestPath)> resolvePageFile;
+        std::function<NavigationDecision(const NavigationAction&)> decideNavigation;
+        std::function<void()> navigationFinished;
+    };
+
+    explicit WkWebViewWithMouseEvent(Callbacks callbacks);
+    ~WkWebViewWithMouseEvent() override;
+    WkWebViewWithMouseEvent(const WkWebViewWithMouseEvent&) = delete;
+    WkWebViewWithMouseEvent& operator=(const WkWebViewWithMouseEvent&) = delete;
+
+    void evaluate(const std::string& script) override;
+    void registerHandler(const std::string& name, std::function<void(const std::string& bodyJson)> handler) override;
+
+    void loadPage();
+    GtkWidget* widget() const;
+    // The most recent button press in the view, or nullptr before the first.
+    const GdkEvent* lastMouseDownEvent() const { return lastMouseDownEvent_.get(); }
+
+private:
+    friend struct WkWebViewWithMouseEventSignals;
+    struct Handler;
+    void connectSignals();
+
+    Callbacks callbacks_;
+    GObjectPtr<WebKitWebContext> context_;
+    GObjectPtr<WebKitUserContentManager> contentManager_;
+    GObjectPtr<WebKitWebView> view_;
+    GdkEventHolder lastMouseDownEvent_;
+    std::map<std::string, std::unique_ptr<Handler>> handlers_;
+    std::vector<SignalConnection> connections_;
+};
+
+}  // namespace tunelark
