@@ -1,10 +1,10 @@
 #include "platform/gtk/GtkLyricsWindow.h"
 
+#include "platform/glib/GuardedCall.h"
 #include "platform/gtk/ScreenCoordinates.h"
 
 #include <algorithm>
 #include <cmath>
-#include <exception>
 
 namespace tunelark {
 namespace {
@@ -15,19 +15,6 @@ constexpr double kInitialHeight = 40;
 constexpr double kInitialLift = 0.12;
 constexpr double kSmallestFont = 1;
 constexpr double kLargestFont = 1000;
-
-// Runs an event handler body; an exception must not cross back into C.
-template <typename Body>
-gboolean guarded(const char* what, Body&& body) noexcept {
-    try {
-        return body();
-    } catch (const std::exception& error) {
-        g_warning("lyrics window %s: %s", what, error.what());
-    } catch (...) {
-        g_warning("lyrics window %s: unknown exception", what);
-    }
-    return TRUE;
-}
 
 // CSS numbers must use a point whatever the locale says.
 std::string cssNumber(double value) {
@@ -44,7 +31,7 @@ Rect toRect(const GdkRectangle& r) { return {double(r.x), double(r.y), double(r.
 
 }  // namespace
 
-GtkLyricsWindow::GtkLyricsWindow() : css_(gtk_css_provider_new()) {
+GtkLyricsWindow::GtkLyricsWindow() : css_(GObjectPtr<GtkCssProvider>::adopt(gtk_css_provider_new())) {
     buildWidgets();
     connectSignals();
     applyFontSize();
@@ -229,7 +216,7 @@ gboolean GtkLyricsWindow::onDraw(GtkWidget*, cairo_t* cr, gpointer) noexcept {
 
 gboolean GtkLyricsWindow::onButtonPress(GtkWidget*, GdkEventButton* event, gpointer data) noexcept {
     auto* self = static_cast<GtkLyricsWindow*>(data);
-    return guarded("press", [&] {
+    return guardedCall("lyrics window press", gboolean(TRUE), [&]() -> gboolean {
         // Double presses are told apart by the core from the times, so GTK's own double-press events
         // are not passed on.
         if (event->type != GDK_BUTTON_PRESS || event->button != GDK_BUTTON_PRIMARY) return TRUE;
@@ -243,7 +230,7 @@ gboolean GtkLyricsWindow::onButtonPress(GtkWidget*, GdkEventButton* event, gpoin
 
 gboolean GtkLyricsWindow::onMotion(GtkWidget*, GdkEventMotion* event, gpointer data) noexcept {
     auto* self = static_cast<GtkLyricsWindow*>(data);
-    return guarded("drag", [&] {
+    return guardedCall("lyrics window drag", gboolean(TRUE), [&]() -> gboolean {
         if (!self->pressed_) return TRUE;
         double deltaX = event->x_root - self->lastRootX_;
         double deltaY = event->y_root - self->lastRootY_;
@@ -256,7 +243,7 @@ gboolean GtkLyricsWindow::onMotion(GtkWidget*, GdkEventMotion* event, gpointer d
 
 gboolean GtkLyricsWindow::onButtonRelease(GtkWidget*, GdkEventButton* event, gpointer data) noexcept {
     auto* self = static_cast<GtkLyricsWindow*>(data);
-    return guarded("release", [&] {
+    return guardedCall("lyrics window release", gboolean(TRUE), [&]() -> gboolean {
         if (event->button != GDK_BUTTON_PRIMARY) return TRUE;
         self->pressed_ = false;
         if (self->events_ != nullptr) self->events_->mouseUp();
@@ -266,7 +253,7 @@ gboolean GtkLyricsWindow::onButtonRelease(GtkWidget*, GdkEventButton* event, gpo
 
 gboolean GtkLyricsWindow::onCrossing(GtkWidget*, GdkEventCrossing* event, gpointer data) noexcept {
     auto* self = static_cast<GtkLyricsWindow*>(data);
-    return guarded("hover", [&] {
+    return guardedCall("lyrics window hover", gboolean(TRUE), [&]() -> gboolean {
         // Crossings into or out of the box's own child windows are not the pointer coming or going.
         if (event->detail == GDK_NOTIFY_INFERIOR || self->events_ == nullptr) return FALSE;
         if (event->type == GDK_ENTER_NOTIFY)
@@ -279,7 +266,7 @@ gboolean GtkLyricsWindow::onCrossing(GtkWidget*, GdkEventCrossing* event, gpoint
 
 gboolean GtkLyricsWindow::onFocusOut(GtkWidget*, GdkEventFocus*, gpointer data) noexcept {
     auto* self = static_cast<GtkLyricsWindow*>(data);
-    return guarded("focus", [&] {
+    return guardedCall("lyrics window focus", gboolean(TRUE), [&]() -> gboolean {
         if (self->delegate_ != nullptr) self->delegate_->windowDidResignKey();
         return FALSE;
     });
@@ -287,7 +274,7 @@ gboolean GtkLyricsWindow::onFocusOut(GtkWidget*, GdkEventFocus*, gpointer data) 
 
 gboolean GtkLyricsWindow::onDelete(GtkWidget*, GdkEvent*, gpointer data) noexcept {
     auto* self = static_cast<GtkLyricsWindow*>(data);
-    return guarded("close", [&] {
+    return guardedCall("lyrics window close", gboolean(TRUE), [&]() -> gboolean {
         if (self->delegate_ != nullptr && self->delegate_->windowShouldClose()) self->orderOut();
         // Never destroyed: the controllers keep this window until the application quits.
         return TRUE;

@@ -1,9 +1,9 @@
 #pragma once
 #include "platform/LyricsWindow.h"
+#include "platform/glib/GObjectHandles.h"
 
 #include <gtk/gtk.h>
 
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -42,10 +42,6 @@ private:
         Rgba background{0, 0, 0, 0};
         bool operator==(const CssStyle&) const = default;
     };
-    struct ObjectUnref {
-        void operator()(gpointer object) const { g_object_unref(object); }
-    };
-
     void buildWidgets();
     void connectSignals();
     void applyFontSize();
@@ -65,7 +61,7 @@ private:
     GtkWidget* window_ = nullptr;
     GtkWidget* eventBox_ = nullptr;
     GtkWidget* label_ = nullptr;
-    std::unique_ptr<GtkCssProvider, ObjectUnref> css_;
+    GObjectPtr<GtkCssProvider> css_;
 
     LyricsTextEvents* events_ = nullptr;
     LyricsWindowDelegate* delegate_ = nullptr;

@@ -1,23 +1,13 @@
 #include "platform/gtk/GtkPreferencesWindow.h"
 
+#include "platform/glib/GuardedCall.h"
+
 #include <cstring>
-#include <exception>
 
 namespace tunelark {
 namespace {
 
 constexpr const char* kButtonKey = "tunelark-button";
-
-template <typename Body>
-void guarded(const char* what, Body&& body) noexcept {
-    try {
-        body();
-    } catch (const std::exception& error) {
-        g_warning("preferences %s: %s", what, error.what());
-    } catch (...) {
-        g_warning("preferences %s: unknown exception", what);
-    }
-}
 
 GtkWidget* leftLabel(const char* text) {
     GtkWidget* label = gtk_label_new(text);
@@ -222,51 +212,49 @@ void GtkPreferencesWindow::press(Button which) {
     }
 }
 
+// Stops the edit when the field's filter refuses the text it would leave.
+void GtkPreferencesWindow::filterEdit(GtkEditable* editable, const char* signal,
+                                      const std::function<void(std::string&)>& edit) {
+    if (settingControl_) return;
+    const InputFilter& filter = entries_[0].widget == GTK_WIDGET(editable) ? entries_[0].filter : entries_[1].filter;
+    if (!filter) return;
+    std::string proposed = gtk_entry_get_text(GTK_ENTRY(editable));
+    edit(proposed);
+    if (filter(proposed)) return;
+    g_signal_stop_emission_by_name(editable, signal);
+    gtk_widget_error_bell(GTK_WIDGET(editable));
+}
+
 void GtkPreferencesWindow::onInsertText(GtkEditable* editable, gchar* text, gint length, gint* position,
                                         gpointer data) noexcept {
     auto* self = static_cast<GtkPreferencesWindow*>(data);
-    guarded("typing", [&] {
-        if (self->settingControl_) return;
-        const InputFilter& filter = self->entries_[0].widget == GTK_WIDGET(editable) ? self->entries_[0].filter
-                                                                                      : self->entries_[1].filter;
-        if (!filter) return;
-        std::string proposed = gtk_entry_get_text(GTK_ENTRY(editable));
-        std::size_t at = byteOffset(proposed, *position);
-        proposed.insert(at, text, length < 0 ? std::strlen(text) : std::size_t(length));
-        if (!filter(proposed)) {
-            g_signal_stop_emission_by_name(editable, "insert-text");
-            gtk_widget_error_bell(GTK_WIDGET(editable));
-        }
+    guardedCall("preferences typing", [&] {
+        self->filterEdit(editable, "insert-text", [&](std::string& proposed) {
+            proposed.insert(byteOffset(proposed, *position), text, length < 0 ? std::strlen(text) : std::size_t(length));
+        });
     });
 }
 
 void GtkPreferencesWindow::onDeleteText(GtkEditable* editable, gint start, gint end, gpointer data) noexcept {
     auto* self = static_cast<GtkPreferencesWindow*>(data);
-    guarded("deleting", [&] {
-        if (self->settingControl_) return;
-        const InputFilter& filter = self->entries_[0].widget == GTK_WIDGET(editable) ? self->entries_[0].filter
-                                                                                      : self->entries_[1].filter;
-        if (!filter) return;
-        std::string proposed = gtk_entry_get_text(GTK_ENTRY(editable));
-        std::size_t from = byteOffset(proposed, start);
-        std::size_t to = byteOffset(proposed, end);
-        if (to > from) proposed.erase(from, to - from);
-        if (!filter(proposed)) {
-            g_signal_stop_emission_by_name(editable, "delete-text");
-            gtk_widget_error_bell(GTK_WIDGET(editable));
-        }
+    guardedCall("preferences deleting", [&] {
+        self->filterEdit(editable, "delete-text", [&](std::string& proposed) {
+            std::size_t from = byteOffset(proposed, start);
+            std::size_t to = byteOffset(proposed, end);
+            if (to > from) proposed.erase(from, to - from);
+        });
     });
 }
 
 void GtkPreferencesWindow::onButtonClicked(GtkButton* button, gpointer data) noexcept {
     auto* self = static_cast<GtkPreferencesWindow*>(data);
     int which = GPOINTER_TO_INT(g_object_get_data(G_OBJECT(button), kButtonKey)) - 1;
-    guarded("button", [&] { self->press(Button(which)); });
+    guardedCall("preferences button", [&] { self->press(Button(which)); });
 }
 
 void GtkPreferencesWindow::onToggled(GtkToggleButton* button, gpointer data) noexcept {
     auto* self = static_cast<GtkPreferencesWindow*>(data);
-    guarded("check box", [&] {
+    guardedCall("preferences check box", [&] {
         if (self->settingControl_ || self->actions_ == nullptr) return;
         self->actions_->clickedKeepBackgroundColor(gtk_toggle_button_get_active(button));
     });
@@ -274,7 +262,7 @@ void GtkPreferencesWindow::onToggled(GtkToggleButton* button, gpointer data) noe
 
 gboolean GtkPreferencesWindow::onDelete(GtkWidget*, GdkEvent*, gpointer data) noexcept {
     auto* self = static_cast<GtkPreferencesWindow*>(data);
-    guarded("close", [&] { self->close(); });
+    guardedCall("preferences close", [&] { self->close(); });
     return TRUE;
 }
 
@@ -299,12 +287,12 @@ gboolean GtkPreferencesWindow::onDrawSwatch(GtkWidget* widget, cairo_t* cr, gpoi
 
 void GtkPreferencesWindow::onWellClicked(GtkButton*, gpointer data) noexcept {
     auto* self = static_cast<GtkPreferencesWindow*>(data);
-    guarded("colour well", [&] { self->openColorPanel(); });
+    guardedCall("preferences colour well", [&] { self->openColorPanel(); });
 }
 
 void GtkPreferencesWindow::onPanelColor(GObject* panel, GParamSpec*, gpointer data) noexcept {
     auto* self = static_cast<GtkPreferencesWindow*>(data);
-    guarded("colour panel", [&] {
+    guardedCall("preferences colour panel", [&] {
         if (self->settingControl_ || !self->open()) return;
         GdkRGBA rgba;
         gtk_color_chooser_get_rgba(GTK_COLOR_CHOOSER(panel), &rgba);
@@ -315,7 +303,7 @@ void GtkPreferencesWindow::onPanelColor(GObject* panel, GParamSpec*, gpointer da
 
 void GtkPreferencesWindow::onPanelResponse(GtkDialog* panel, gint response, gpointer data) noexcept {
     auto* self = static_cast<GtkPreferencesWindow*>(data);
-    guarded("colour panel", [&] {
+    guardedCall("preferences colour panel", [&] {
         // The well already follows the panel; cancelling takes back what was picked since it opened.
         if (self->open()) {
             GdkRGBA rgba;

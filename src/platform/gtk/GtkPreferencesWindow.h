@@ -4,6 +4,7 @@
 #include <gtk/gtk.h>
 
 #include <array>
+#include <functional>
 #include <string>
 
 namespace tunelark {
@@ -54,6 +55,7 @@ private:
     void openColorPanel();
     void press(Button which);
     void destroyWidgets();
+    void filterEdit(GtkEditable* editable, const char* signal, const std::function<void(std::string&)>& edit);
 
     static void onInsertText(GtkEditable* editable, gchar* text, gint length, gint* position, gpointer self) noexcept;
     static void onDeleteText(GtkEditable* editable, gint start, gint end, gpointer self) noexcept;
