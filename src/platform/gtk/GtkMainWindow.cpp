@@ -25,9 +25,39 @@ struct GtkMainWindowSignals {
     }
 };
 
+namespace {
+
+constexpr const char* kWindowName = "tunelark-main-window";
+
+// Without a compositor GTK draws a 5-pixel border around client-side decorated windows, outside the size
+// it was asked for, so the window would be larger than its frame. Our window goes without it; the
+// window manager's own handles still resize it. Can go when the window no longer draws its title bar.
+void dropSolidBorder(GtkWidget* window) {
+    gtk_widget_set_name(window, kWindowName);
+    auto css = GObjectPtr<GtkCssProvider>::adopt(gtk_css_provider_new());
+    gtk_css_provider_load_from_data(
+        css.get(), "window#tunelark-main-window.solid-csd decoration { margin: 0; padding: 0; border-width: 0; box-shadow: none; }",
+        -1, nullptr);
+    gtk_style_context_add_provider_for_screen(gtk_widget_get_screen(window), GTK_STYLE_PROVIDER(css.get()),
+                                              GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
+}
+
+bool buttonStillDown(guint button) {
+    if (button < 1 || button > 5) return false;
+    GdkSeat* seat = gdk_display_get_default_seat(gdk_display_get_default());
+    GdkDevice* pointer = seat ? gdk_seat_get_pointer(seat) : nullptr;
+    if (!pointer) return false;
+    GdkModifierType state{};
+    gdk_window_get_device_position(gdk_get_default_root_window(), pointer, nullptr, nullptr, &state);
+    return (state & (GDK_BUTTON1_MASK << (button - 1))) != 0;
+}
+
+}  // namespace
+
 GtkMainWindow::GtkMainWindow(GtkApplication* application, WkWebViewWithMouseEvent& webView) : webView_(webView) {
     window_ = GObjectPtr<GtkWidget>::retain(gtk_application_window_new(application));
     GtkWindow* window = gtkWindow();
+    dropSolidBorder(window_.get());
     gtk_window_set_title(window, "Tunelark");
     gtk_window_set_default_size(window, 1200, 600);
 
@@ -52,11 +82,18 @@ GtkMainWindow::~GtkMainWindow() {
 
 GtkWindow* GtkMainWindow::gtkWindow() const { return GTK_WINDOW(window_.get()); }
 
+double GtkMainWindow::titleBarHeight() const {
+    int natural = 0;
+    gtk_widget_get_preferred_height(headerBar_, nullptr, &natural);
+    return natural;
+}
+
 void GtkMainWindow::refreshFrame() {
+    // GTK places the window by its title bar's corner but sizes only what lies below the title bar.
     int x = 0, y = 0, width = 0, height = 0;
     gtk_window_get_position(gtkWindow(), &x, &y);
     gtk_window_get_size(gtkWindow(), &width, &height);
-    gtkFrame_ = Rect{double(x), double(y), double(width), double(height)};
+    gtkFrame_ = Rect{double(x), double(y), double(width), height + titleBarHeight()};
 }
 
 Rect GtkMainWindow::frame() const {
@@ -71,14 +108,13 @@ void GtkMainWindow::setFrame(const Rect& frame) {
     if (gtk_window_is_maximized(window)) gtk_window_unmaximize(window);
     gtk_window_move(window, int(std::lround(gtkFrame_.x)), int(std::lround(gtkFrame_.y)));
     gtk_window_resize(window, std::max(1, int(std::lround(gtkFrame_.width))),
-                      std::max(1, int(std::lround(gtkFrame_.height))));
+                      std::max(1, int(std::lround(gtkFrame_.height - titleBarHeight()))));
 }
 
 void GtkMainWindow::setMinimumSize(double width, double height) {
-    GdkGeometry hints{};
-    hints.min_width = int(std::lround(width));
-    hints.min_height = int(std::lround(height));
-    gtk_window_set_geometry_hints(gtkWindow(), nullptr, &hints, GDK_HINT_MIN_SIZE);
+    // On the page rather than as window hints: GTK hands hints to X without the title bar's share.
+    gtk_widget_set_size_request(webView_.widget(), int(std::lround(width)),
+                                std::max(0, int(std::lround(height - titleBarHeight()))));
 }
 
 bool GtkMainWindow::isVisible() const { return gtk_widget_get_visible(window_.get()); }
@@ -99,6 +135,9 @@ bool GtkMainWindow::beginDragFromLastPress() {
     gdouble y = 0;
     gdk_event_get_button(press, &button);
     gdk_event_get_root_coords(press, &x, &y);
+    // The drag starts from a queued task; after a quick click the button is already up, and a move
+    // started then would follow the pointer until the next click.
+    if (!buttonStillDown(button)) return false;
     gtk_window_begin_move_drag(gtkWindow(), int(button), int(x), int(y), gdk_event_get_time(press));
     return true;
 }

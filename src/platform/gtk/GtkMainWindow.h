@@ -29,6 +29,7 @@ public:
     bool isVisible() const override;
     void show() override;
     void hide() override;
+    // Also false when the pressed button has been released meanwhile.
     bool beginDragFromLastPress() override;
 
     // The user asks to close the window; the window stays until the callback decides.
@@ -40,12 +41,13 @@ public:
 private:
     friend struct GtkMainWindowSignals;
     void refreshFrame();
+    double titleBarHeight() const;
 
     WkWebViewWithMouseEvent& webView_;
     GObjectPtr<GtkWidget> window_;
     GtkWidget* headerBar_ = nullptr;  // owned by the window
     GtkWidget* menuButton_ = nullptr;  // owned by the header bar
-    Rect gtkFrame_;  // X11 coordinates; the last requested or configured frame
+    Rect gtkFrame_;  // X11 coordinates, title bar included; the last requested or configured frame
     bool everShown_ = false;
     std::function<void()> onCloseRequest_;
     std::vector<SignalConnection> connections_;
