@@ -36,7 +36,9 @@ void activated(GtkApplication*, gpointer data) noexcept {
 
 int main(int argc, char** argv) {
     std::error_code error;
-    const auto search = tunelark::findPageResources(std::filesystem::read_symlink("/proc/self/exe", error));
+    auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error && argc > 0) executable = argv[0];
+    const auto search = tunelark::findPageResources(executable);
     if (!search.found) {
         std::fprintf(stderr, "%s\n", search.failureMessage().c_str());
         return 1;
