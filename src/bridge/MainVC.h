@@ -4,6 +4,7 @@
 #include "platform/PageView.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -13,10 +14,14 @@ namespace tunelark {
 // page-call operations: what native code says to the page. Main thread only.
 class MainVC {
 public:
-    // The newest main view; set on creation, never cleared.
+    // The newest main view; set on creation, emptied only when that view is destroyed.
     static inline MainVC* shared = nullptr;
 
     MainVC(MainQueue& queue, PageView* webView);
+    // Empties the slot when it still holds this view, so no queued page call reaches a dead one.
+    ~MainVC();
+    MainVC(const MainVC&) = delete;
+    MainVC& operator=(const MainVC&) = delete;
 
     bool loaded = false;
     std::optional<Records<Mp3Entity>> storedMp3Entities;  // play-list order, from the last load
@@ -38,13 +43,15 @@ public:
     void setSliderCurrentValue(std::int64_t value);
     void setSpeed(const std::string& text);
 
-    // Evaluates a ready script at once (from main-queue tasks that already built it).
+    // Evaluates a ready script at once (from main-queue tasks that already built it); nothing without a
+    // web view.
     void evaluate(const std::string& script);
 
     MainQueue& queue() { return queue_; }
 
 private:
-    void post(std::function<std::string()> buildScript);
+    // The script is built from the main view found in the slot when the task runs.
+    void post(std::function<std::string(const MainVC&)> buildScript);
     MainQueue& queue_;
 };
 

@@ -1,0 +1,57 @@
+#include "bridge/MainVC.h"
+
+#include "bridge/PageCalls.h"
+
+namespace tunelark {
+
+MainVC::MainVC(MainQueue& queue, PageView* webView) : wkWebView(webView), queue_(queue) { shared = this; }
+
+MainVC::~MainVC() {
+    if (shared == this) shared = nullptr;
+}
+
+void MainVC::evaluate(const std::string& script) {
+    if (wkWebView != nullptr) wkWebView->evaluate(script);
+}
+
+void MainVC::post(std::function<std::string(const MainVC&)> buildScript) {
+    queue_.post([buildScript = std::move(buildScript)] {
+        MainVC* view = MainVC::shared;
+        if (view == nullptr || view->wkWebView == nullptr) return;
+        view->evaluate(buildScript(*view));
+    });
+}
+
+void MainVC::setMode() {
+    post([](const MainVC& view) { return setModeScript(view.playMode); });
+}
+
+void MainVC::setIsPlaying(bool playing) {
+    post([playing](const MainVC&) { return setIsPlayingScript(playing); });
+}
+
+void MainVC::setPlayingFilePath(const std::string& filePath) {
+    post([filePath](const MainVC&) { return setPlayingFilePathScript(filePath); });
+}
+
+void MainVC::setMainFileName(const std::string& name) {
+    post([name](const MainVC&) { return setMainFileNameScript(name); });
+}
+
+void MainVC::setDuration(const std::string& text) {
+    post([text](const MainVC&) { return setDurationScript(text); });
+}
+
+void MainVC::setCurrent(const std::string& text) {
+    post([text](const MainVC&) { return setCurrentScript(text); });
+}
+
+void MainVC::setSliderCurrentValue(std::int64_t value) {
+    post([value](const MainVC&) { return setSliderCurrentValueScript(value); });
+}
+
+void MainVC::setSpeed(const std::string& text) {
+    post([text](const MainVC&) { return setSpeedScript(text); });
+}
+
+}  // namespace tunelark

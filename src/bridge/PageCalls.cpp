@@ -1,0 +1,134 @@
+#include "bridge/PageCalls.h"
+
+#include <array>
+#include <cstdio>
+
+namespace tunelark {
+
+namespace {
+
+constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
+
+bool isContinuation(unsigned char c) { return (c & 0xC0) == 0x80; }
+
+// Length of the well-formed UTF-8 sequence that starts at text[i], or 0 when the byte there starts none
+// (stray continuation bytes, overlong forms, surrogates, code points above U+10FFFF, cut sequences).
+std::size_t validSequenceLength(std::string_view text, std::size_t i) {
+    const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[i + k]); };
+    const unsigned char lead = byte(0);
+    if (lead < 0x80) return 1;
+    std::size_t length = 0;
+    unsigned char secondLow = 0x80;
+    unsigned char secondHigh = 0xBF;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        if (lead == 0xE0) secondLow = 0xA0;
+        if (lead == 0xED) secondHigh = 0x9F;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        if (lead == 0xF0) secondLow = 0x90;
+        if (lead == 0xF4) secondHigh = 0x8F;
+    } else {
+        return 0;
+    }
+    if (i + length > text.size()) return 0;
+    if (byte(1) < secondLow || byte(1) > secondHigh) return 0;
+    for (std::size_t k = 2; k < length; ++k) {
+        if (!isContinuation(byte(k))) return 0;
+    }
+    return length;
+}
+
+void appendUnicodeEscape(std::string& out, unsigned code) {
+    std::array<char, 8> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "\\u%04x", code);
+    out += buffer.data();
+}
+
+void appendAsciiEscaped(std::string& out, char c) {
+    switch (c) {
+    case '"': out += "\\\""; break;
+    case '\\': out += "\\\\"; break;
+    case '\n': out += "\\n"; break;
+    case '\r': out += "\\r"; break;
+    case '\t': out += "\\t"; break;
+    // "<" never reaches the page as itself, so no "</script>" or "<!--" can form in the script text.
+    case '<': appendUnicodeEscape(out, '<'); break;
+    default:
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) {
+            appendUnicodeEscape(out, static_cast<unsigned char>(c));
+        } else {
+            out += c;
+        }
+    }
+}
+
+std::string quotedCall(std::string_view function, std::string_view text) {
+    std::string script;
+    script.reserve(function.size() + text.size() + 5);
+    script += function;
+    script += "(\"";
+    script += jsStringContent(text);
+    script += "\");";
+    return script;
+}
+
+}  // namespace
+
+std::string jsStringContent(std::string_view text) {
+    std::string out;
+    out.reserve(text.size() + text.size() / 8);
+    for (std::size_t i = 0; i < text.size();) {
+        const std::size_t length = validSequenceLength(text, i);
+        if (length == 0) {
+            out += kReplacementCharacter;
+            ++i;
+        } else if (length == 1) {
+            appendAsciiEscaped(out, text[i]);
+            ++i;
+        } else {
+            const std::string_view sequence = text.substr(i, length);
+            // Line and paragraph separators end a string literal in older script engines.
+            if (sequence == "\xE2\x80\xA8") {
+                appendUnicodeEscape(out, 0x2028);
+            } else if (sequence == "\xE2\x80\xA9") {
+                appendUnicodeEscape(out, 0x2029);
+            } else {
+                out += sequence;
+            }
+            i += length;
+        }
+    }
+    return out;
+}
+
+std::string setPlayListScript(std::string_view mp3FileItemsJson, std::string_view lrcFileItemsJson) {
+    return "setPlayList(\"" + jsStringContent(mp3FileItemsJson) + "\",\"" + jsStringContent(lrcFileItemsJson) +
+           "\");";
+}
+
+std::string setAllSupportedCharsetNamesScript(std::string_view namesJson) {
+    return quotedCall("setAllSupportedCharsetNames", namesJson);
+}
+
+std::string setModeScript(std::string_view playMode) { return quotedCall("setMode", playMode); }
+
+std::string setIsPlayingScript(bool playing) { return playing ? "setIsPlaying(true);" : "setIsPlaying(false);"; }
+
+std::string setPlayingFilePathScript(std::string_view filePath) { return quotedCall("setPlayingFilePath", filePath); }
+
+std::string setMainFileNameScript(std::string_view name) { return quotedCall("setMainFileName", name); }
+
+std::string setDurationScript(std::string_view text) { return quotedCall("setDuration", text); }
+
+std::string setCurrentScript(std::string_view text) { return quotedCall("setCurrent", text); }
+
+std::string setSliderCurrentValueScript(std::int64_t value) {
+    return "setSliderCurrentValue(" + std::to_string(value) + ");";
+}
+
+std::string setSpeedScript(std::string_view text) { return quotedCall("setSpeed", text); }
+
+}  // namespace tunelark
