@@ -1,0 +1,215 @@
+#include "platform/gstreamer/GstAudioPlayer.h"
+
+#include "platform/glib/GuardedCall.h"
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+namespace tunelark {
+
+namespace {
+
+// playbin's flags: audio only (a file with pictures or video must not open a window) with software
+// volume. The flag type lives inside the plugin, so the values are written here.
+constexpr guint kPlayFlagAudio = 1u << 1;
+constexpr guint kPlayFlagSoftVolume = 1u << 4;
+
+std::string errorText(GstMessage* message) {
+    GError* error = nullptr;
+    gchar* debug = nullptr;
+    gst_message_parse_error(message, &error, &debug);
+    std::string text = error ? error->message : "unknown error";
+    g_clear_error(&error);
+    g_free(debug);
+    return text;
+}
+
+void logCannotPlay(const std::string& path, const std::string& reason) {
+    g_log(kLogDomain, G_LOG_LEVEL_MESSAGE, "Cannot play %s: %s", path.c_str(), reason.c_str());
+}
+
+std::optional<std::string> fileUri(const std::string& path) {
+    GError* error = nullptr;
+    gchar* uri = gst_filename_to_uri(path.c_str(), &error);
+    if (!uri) {
+        std::string reason = error ? error->message : "not a file name";
+        g_clear_error(&error);
+        logCannotPlay(path, reason);
+        return std::nullopt;
+    }
+    std::string text = uri;
+    g_free(uri);
+    return text;
+}
+
+PipelinePtr makePlaybin(const std::string& uri) {
+    GstElement* playbin = gst_element_factory_make("playbin", nullptr);
+    if (!playbin) return nullptr;
+    PipelinePtr pipeline(GST_ELEMENT(gst_object_ref_sink(playbin)));
+    g_object_set(pipeline.get(), "uri", uri.c_str(), "flags", kPlayFlagAudio | kPlayFlagSoftVolume, nullptr);
+    // scaletempo stretches time so that a changed rate keeps the pitch.
+    if (GstElement* scaletempo = gst_element_factory_make("scaletempo", nullptr)) {
+        g_object_set(pipeline.get(), "audio-filter", scaletempo, nullptr);
+    } else {
+        g_log(kLogDomain, G_LOG_LEVEL_WARNING, "scaletempo is missing: rate changes will change the pitch");
+    }
+    return pipeline;
+}
+
+// Waits until the pipeline has prerolled; the reason when it cannot, nothing when it is ready.
+std::optional<std::string> preroll(GstElement* pipeline, GstBus* bus, std::chrono::milliseconds limit) {
+    GstStateChangeReturn change = gst_element_set_state(pipeline, GST_STATE_PAUSED);
+    if (change == GST_STATE_CHANGE_SUCCESS || change == GST_STATE_CHANGE_NO_PREROLL) return std::nullopt;
+    auto deadline = std::chrono::steady_clock::now() + limit;
+    for (;;) {
+        auto left = std::chrono::duration_cast<std::chrono::nanoseconds>(deadline - std::chrono::steady_clock::now());
+        if (left.count() <= 0) return "not ready in time";
+        MessagePtr message(gst_bus_timed_pop_filtered(
+            bus, static_cast<GstClockTime>(left.count()),
+            static_cast<GstMessageType>(GST_MESSAGE_ASYNC_DONE | GST_MESSAGE_ERROR)));
+        if (!message) return "not ready in time";
+        if (GST_MESSAGE_TYPE(message.get()) == GST_MESSAGE_ERROR) return errorText(message.get());
+        if (GST_MESSAGE_SRC(message.get()) == GST_OBJECT(pipeline)) return std::nullopt;
+    }
+}
+
+double queryDuration(GstElement* pipeline) {
+    gint64 nanoseconds = 0;
+    if (!gst_element_query_duration(pipeline, GST_FORMAT_TIME, &nanoseconds) || nanoseconds <= 0) return 0;
+    return static_cast<double>(nanoseconds) / GST_SECOND;
+}
+
+}  // namespace
+
+std::unique_ptr<GstAudioPlayer> GstAudioPlayer::open(const std::string& path, std::chrono::milliseconds prerollLimit) {
+    auto uri = fileUri(path);
+    if (!uri) return nullptr;
+    PipelinePtr pipeline = makePlaybin(*uri);
+    if (!pipeline) {
+        logCannotPlay(path, "playbin is missing");
+        return nullptr;
+    }
+    BusPtr bus(gst_element_get_bus(pipeline.get()));
+    if (auto reason = preroll(pipeline.get(), bus.get(), prerollLimit)) {
+        logCannotPlay(path, *reason);
+        return nullptr;
+    }
+    gint audioStreams = 0;
+    g_object_get(pipeline.get(), "n-audio", &audioStreams, nullptr);
+    if (audioStreams <= 0) {
+        logCannotPlay(path, "no audio stream");
+        return nullptr;
+    }
+    double duration = queryDuration(pipeline.get());
+    return std::unique_ptr<GstAudioPlayer>(new GstAudioPlayer(std::move(pipeline), std::move(bus), duration));
+}
+
+GstAudioPlayer::GstAudioPlayer(PipelinePtr pipeline, BusPtr bus, double duration)
+    : pipeline_(std::move(pipeline)), bus_(std::move(bus)), duration_(duration) {
+    watch_ = BusWatch(bus_.get(), &GstAudioPlayer::onBusMessage, this);
+}
+
+gboolean GstAudioPlayer::onBusMessage(GstBus*, GstMessage* message, gpointer self) noexcept {
+    guardedCall("audio player bus", [&] { static_cast<GstAudioPlayer*>(self)->handleMessage(message); });
+    // The watch may be gone by now (the end callback can destroy the player); GLib copes with that.
+    return G_SOURCE_CONTINUE;
+}
+
+void GstAudioPlayer::handleMessage(GstMessage* message) {
+    switch (GST_MESSAGE_TYPE(message)) {
+    case GST_MESSAGE_EOS: {
+        if (ended_) return;
+        ended_ = true;
+        playing_ = false;
+        // A copy: the callback may destroy this player, and with it onEnd_. Nothing of ours is touched
+        // after it returns.
+        auto onEnd = onEnd_;
+        if (onEnd) onEnd();
+        return;
+    }
+    case GST_MESSAGE_ERROR:
+        g_log(kLogDomain, G_LOG_LEVEL_MESSAGE, "Playback stopped: %s", errorText(message).c_str());
+        playing_ = false;
+        return;
+    default:
+        return;
+    }
+}
+
+bool GstAudioPlayer::play() {
+    if (ended_) {
+        // A finished track starts again from the beginning.
+        seekTo(0);
+        ended_ = false;
+    }
+    playing_ = gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
+    return playing_;
+}
+
+void GstAudioPlayer::pause() {
+    position();  // remembered, for queries while the pipeline changes state
+    gst_element_set_state(pipeline_.get(), GST_STATE_PAUSED);
+    playing_ = false;
+}
+
+void GstAudioPlayer::stop() {
+    gst_element_set_state(pipeline_.get(), GST_STATE_PAUSED);
+    seekTo(0);
+    playing_ = false;
+    ended_ = false;
+}
+
+double GstAudioPlayer::position() const {
+    gint64 nanoseconds = 0;
+    if (gst_element_query_position(pipeline_.get(), GST_FORMAT_TIME, &nanoseconds) && nanoseconds >= 0) {
+        lastPosition_ = static_cast<double>(nanoseconds) / GST_SECOND;
+    }
+    return lastPosition_;
+}
+
+double GstAudioPlayer::duration() const {
+    // Some streams only know their length once they play.
+    if (duration_ <= 0) duration_ = queryDuration(pipeline_.get());
+    return duration_;
+}
+
+void GstAudioPlayer::setPosition(double seconds) {
+    if (!std::isfinite(seconds)) return;
+    double length = duration();
+    seconds = std::max(0.0, length > 0 ? std::min(seconds, length) : seconds);
+    seekTo(seconds);
+    ended_ = false;
+}
+
+void GstAudioPlayer::enableRate(bool enabled) {
+    rateEnabled_ = enabled;
+    applyRate(enabled ? requestedRate_ : 1.0f);
+}
+
+void GstAudioPlayer::setRate(float rate) {
+    if (!std::isfinite(rate) || rate <= 0) return;
+    requestedRate_ = rate;
+    if (rateEnabled_) applyRate(rate);
+}
+
+void GstAudioPlayer::applyRate(float rate) {
+    // The engine sets the rate at every resume; an unchanged rate must not cost a seek.
+    if (rate == appliedRate_) return;
+    double from = position();
+    appliedRate_ = rate;
+    seekTo(from);
+}
+
+void GstAudioPlayer::seekTo(double seconds) {
+    auto target = static_cast<gint64>(seconds * GST_SECOND);
+    gst_element_seek(pipeline_.get(), appliedRate_, GST_FORMAT_TIME,
+                     static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), GST_SEEK_TYPE_SET,
+                     target, GST_SEEK_TYPE_NONE, static_cast<gint64>(GST_CLOCK_TIME_NONE));
+    lastPosition_ = seconds;
+    // An end of stream still waiting on the bus belongs to the segment before the seek.
+    gst_bus_set_flushing(bus_.get(), TRUE);
+    gst_bus_set_flushing(bus_.get(), FALSE);
+}
+
+}  // namespace tunelark

@@ -1,0 +1,54 @@
+#pragma once
+#include <gst/gst.h>
+
+#include <memory>
+#include <utility>
+
+namespace tunelark {
+
+// Owns a pipeline; brings it down to NULL before the last reference goes, as GStreamer requires.
+struct PipelineRelease {
+    void operator()(GstElement* pipeline) const noexcept {
+        gst_element_set_state(pipeline, GST_STATE_NULL);
+        gst_object_unref(pipeline);
+    }
+};
+using PipelinePtr = std::unique_ptr<GstElement, PipelineRelease>;
+
+struct GstObjectRelease {
+    void operator()(gpointer object) const noexcept { gst_object_unref(object); }
+};
+using BusPtr = std::unique_ptr<GstBus, GstObjectRelease>;
+
+struct MessageRelease {
+    void operator()(GstMessage* message) const noexcept { gst_message_unref(message); }
+};
+using MessagePtr = std::unique_ptr<GstMessage, MessageRelease>;
+
+// A watch on a bus (a GSource on the default main context); removing it stops the callbacks at once.
+class BusWatch {
+public:
+    BusWatch() = default;
+    BusWatch(GstBus* bus, GstBusFunc callback, gpointer data) : id_(gst_bus_add_watch(bus, callback, data)) {}
+    BusWatch(BusWatch&& other) noexcept : id_(std::exchange(other.id_, 0)) {}
+    BusWatch& operator=(BusWatch&& other) noexcept {
+        if (this != &other) {
+            reset();
+            id_ = std::exchange(other.id_, 0);
+        }
+        return *this;
+    }
+    BusWatch(const BusWatch&) = delete;
+    BusWatch& operator=(const BusWatch&) = delete;
+    ~BusWatch() { reset(); }
+
+    explicit operator bool() const { return id_ != 0; }
+    void reset() {
+        if (id_ != 0) g_source_remove(std::exchange(id_, 0));
+    }
+
+private:
+    guint id_ = 0;
+};
+
+}  // namespace tunelark

@@ -1,0 +1,62 @@
+#pragma once
+#include <glib.h>
+#include <pulse/context.h>
+#include <pulse/glib-mainloop.h>
+#include <pulse/introspect.h>
+#include <pulse/operation.h>
+#include <pulse/subscribe.h>
+
+#include <memory>
+#include <utility>
+
+namespace tunelark {
+
+struct GlibMainloopRelease {
+    void operator()(pa_glib_mainloop* loop) const noexcept { pa_glib_mainloop_free(loop); }
+};
+using PulseMainloopPtr = std::unique_ptr<pa_glib_mainloop, GlibMainloopRelease>;
+
+// Silences the context's callbacks before disconnecting, so none reaches its owner while it goes away.
+struct ContextRelease {
+    void operator()(pa_context* context) const noexcept {
+        pa_context_set_state_callback(context, nullptr, nullptr);
+        pa_context_set_subscribe_callback(context, nullptr, nullptr);
+        pa_context_disconnect(context);
+        pa_context_unref(context);
+    }
+};
+using PulseContextPtr = std::unique_ptr<pa_context, ContextRelease>;
+
+// A running request; its callback never runs once this is gone.
+struct OperationRelease {
+    void operator()(pa_operation* operation) const noexcept {
+        if (pa_operation_get_state(operation) == PA_OPERATION_RUNNING) pa_operation_cancel(operation);
+        pa_operation_unref(operation);
+    }
+};
+using PulseOperationPtr = std::unique_ptr<pa_operation, OperationRelease>;
+
+// A one-shot GLib timeout; destroying it cancels it.
+class OneShotTimeout {
+public:
+    OneShotTimeout() = default;
+    OneShotTimeout(const OneShotTimeout&) = delete;
+    OneShotTimeout& operator=(const OneShotTimeout&) = delete;
+    ~OneShotTimeout() { cancel(); }
+
+    bool pending() const { return id_ != 0; }
+    // fire must call fired() before anything else and return G_SOURCE_REMOVE.
+    void start(guint milliseconds, GSourceFunc fire, gpointer data) {
+        cancel();
+        id_ = g_timeout_add(milliseconds, fire, data);
+    }
+    void fired() { id_ = 0; }
+    void cancel() {
+        if (id_ != 0) g_source_remove(std::exchange(id_, 0));
+    }
+
+private:
+    guint id_ = 0;
+};
+
+}  // namespace tunelark
