@@ -31,6 +31,9 @@ public:
     std::vector<std::string> wordLineArray;
 
 private:
+    void parseLine(std::string_view line, std::string& scratch);
+    void append(double time, std::string_view text);
+
     std::mutex mutex_;
 };
 
