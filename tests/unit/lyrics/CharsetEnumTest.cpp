@@ -136,7 +136,7 @@ const std::vector<DecodeCase>& decodeCases() {
         {C::iso_8859_14, "\xf0", "ŵ", std::nullopt},
         {C::iso_8859_15, "\xa4", "€", std::nullopt},
         {C::iso_8859_16, "\xba", "ș", std::nullopt},
-        {C::Arabic, "\xc8", "ب", std::nullopt},
+        {C::Arabic, "\x81\xc8", "پب", std::nullopt},
         {C::Greek, "\xe1", "α", "\xaa"},
         {C::Hebrew, "\xe0", "א", "\xca"},
         {C::Latin2, "\xb9", "ą", "\x81"},

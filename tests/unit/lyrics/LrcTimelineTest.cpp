@@ -164,6 +164,8 @@ TEST(LrcTimelineTest, LinesSwitchShortlyBeforeTheirTime) {
                                                  {100.0, std::nullopt, 1},
                                                  {-5.0, 0, 0},
                                              });
+    // The lead is subtracted exactly here, so the comparison itself must be strict.
+    expectWalk("[00:00.02]A\n[00:01]B", {{0.0, 1, 0}, {-0.001, 0, 0}});
 }
 
 TEST(LrcTimelineTest, EqualAndUnsortedTimesFollowTheWalk) {
