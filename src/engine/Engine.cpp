@@ -1,0 +1,21 @@
+#include "engine/Engine.h"
+
+#include <chrono>
+
+namespace tunelark {
+
+PlayerUtil& Engine::get() {
+    if (!player_) {
+        player_ = std::make_unique<PlayerUtil>(deps_, seams_);
+        clock_ = std::make_unique<PlaybackClock>(*player_);
+        timer_ = deps_.queue.startRepeating(std::chrono::milliseconds(100), [clock = clock_.get()] { clock->tick(); });
+    }
+    return *player_;
+}
+
+PlaybackClock& Engine::clock() {
+    get();
+    return *clock_;
+}
+
+}  // namespace tunelark

@@ -1,0 +1,34 @@
+#pragma once
+#include "engine/RandomSource.h"
+#include "engine/lyrics/PreferredLanguage.h"
+#include "library/store/Store.h"
+#include "platform/AudioPlayer.h"
+#include "platform/Dialogs.h"
+#include "platform/MainQueue.h"
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace tunelark {
+
+// What the engine is given by the program (or by a test). Every reference outlives the engine.
+struct PlayerDeps {
+    MainQueue& queue;
+    Store& store;
+    Dialogs& dialogs;  // alerts
+    AudioPlayerFactory& players;
+    OutputDevice& outputDevice;
+    std::function<std::string()> preferredLanguage = [] { return firstPreferredLanguage(); };
+    std::function<std::uint32_t()> random = makeRandomSource();
+};
+
+// Windows above the engine that it feeds; filled by the program when those windows exist.
+struct EngineSeams {
+    // Shows a lyric text in the lyrics window; empty while there is none. Called from main-queue tasks.
+    std::function<void(const std::string&)> setLyricText;
+    // Whether the main window is on screen; empty (not visible) while there is none.
+    std::function<bool()> mainWindowVisible;
+};
+
+}  // namespace tunelark
