@@ -20,6 +20,8 @@ struct Mp3Entity {
     std::optional<std::string> filePath;          // file URL, percent-encoded: the entry's identity
     std::optional<std::string> mainPathFileName;  // filePath without its extension: pairs with a lyric file
     std::int16_t no = 0;                          // 1-based position in the play list
+
+    bool operator==(const Mp3Entity&) const = default;
 };
 
 // One lyric file.
@@ -30,12 +32,16 @@ struct LrcEntity {
     std::optional<std::string> fileName;
     std::optional<std::string> filePath;
     std::optional<std::string> mainPathFileName;
+
+    bool operator==(const LrcEntity&) const = default;
 };
 
 // One display setting.
 struct SettingsEntity {
     std::optional<std::string> key;
     std::optional<std::string> value;
+
+    bool operator==(const SettingsEntity&) const = default;
 };
 
 }  // namespace tunelark

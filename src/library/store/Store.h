@@ -13,9 +13,11 @@ namespace tunelark {
 template <typename T>
 using Records = std::vector<std::shared_ptr<T>>;
 
-// The one local object store (an SQLite file). It opens on its first use; when it cannot be opened it
-// writes "Unresolved error <description>" and calls onFatal (which ends the process with a failure status
-// unless a test says otherwise). Main thread only.
+// The one local object store (an SQLite file). It opens on its first use, creating the file's folder;
+// when it cannot be opened (a file that is not a store, a folder that cannot be made) it writes
+// "Unresolved error <description>" and calls onFatal, which by default ends the process with a failure
+// status. Such a file is never written. If onFatal returns, fetches fail and saves report an error.
+// Main thread only.
 class Store {
 public:
     using FatalHandler = std::function<void(const std::string& description)>;
@@ -50,7 +52,8 @@ public:
 
 private:
     struct Impl;
-    std::unique_ptr<Impl> impl_;
+    // Shared so that a queued save can tell whether the store still exists when it runs.
+    std::shared_ptr<Impl> impl_;
 };
 
 }  // namespace tunelark
