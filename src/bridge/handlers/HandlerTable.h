@@ -1,0 +1,22 @@
+#pragma once
+#include "bridge/handlers/BridgeOperations.h"
+#include "bridge/handlers/ByJsHandler.h"
+#include "bridge/handlers/HandlerRow.h"
+#include "platform/MainQueue.h"
+#include "platform/PageView.h"
+
+#include <memory>
+#include <vector>
+
+namespace tunelark {
+
+// The page's 26 messages in registration order.
+const std::vector<HandlerRow>& handlerTable();
+
+// Registers one handler object per row with the page, in table order. The page keeps the objects alive;
+// they are also returned in that order. The operations are copied: later changes to `operations` are
+// not seen. Call once, before the page is requested.
+std::vector<std::shared_ptr<const ByJsHandler>> registerHandlers(PageView& page, MainQueue& queue,
+                                                                  const BridgeOperations& operations);
+
+}  // namespace tunelark
