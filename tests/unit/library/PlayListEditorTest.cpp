@@ -15,8 +15,6 @@ using ::testing::UnorderedElementsAre;
 
 class PlayListEditorTest : public EngineFixture {
 protected:
-    PlayListEditorTest() { MainVC::shared = view.get(); }
-
     std::string url(const std::string& fileName) { return fileUrlFromPath(dir.file(fileName)); }
 
     std::vector<int> numbersOf(std::initializer_list<std::shared_ptr<Mp3Entity>> entries) {
