@@ -105,8 +105,18 @@ std::string jsStringContent(std::string_view text) {
 }
 
 std::string setPlayListScript(std::string_view mp3FileItemsJson, std::string_view lrcFileItemsJson) {
-    return "setPlayList(\"" + jsStringContent(mp3FileItemsJson) + "\",\"" + jsStringContent(lrcFileItemsJson) +
-           "\");";
+    return setPlayListScriptFromContents(jsStringContent(mp3FileItemsJson), jsStringContent(lrcFileItemsJson));
+}
+
+std::string setPlayListScriptFromContents(std::string_view mp3Content, std::string_view lrcContent) {
+    std::string script;
+    script.reserve(mp3Content.size() + lrcContent.size() + 20);
+    script += "setPlayList(\"";
+    script += mp3Content;
+    script += "\",\"";
+    script += lrcContent;
+    script += "\");";
+    return script;
 }
 
 std::string setAllSupportedCharsetNamesScript(std::string_view namesJson) {

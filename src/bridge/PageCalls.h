@@ -18,6 +18,9 @@ namespace tunelark {
 std::string jsStringContent(std::string_view text);
 
 std::string setPlayListScript(std::string_view mp3FileItemsJson, std::string_view lrcFileItemsJson);
+// The same call from texts that have already been through jsStringContent (large lists are logged in
+// that form too, so they are escaped once).
+std::string setPlayListScriptFromContents(std::string_view mp3Content, std::string_view lrcContent);
 std::string setAllSupportedCharsetNamesScript(std::string_view namesJson);
 std::string setModeScript(std::string_view playMode);
 std::string setIsPlayingScript(bool playing);
