@@ -1,8 +1,15 @@
 #include "app/Application.h"
 
+#include "bridge/handlers/HandlerTable.h"
+#include "lyrics_window/LyricsVC.h"
+#include "platform/Localized.h"
 #include "platform/glib/AppInfoFile.h"
+#include "platform/gtk/GtkLyricsWindow.h"
+#include "platform/gtk/GtkPreferencesWindow.h"
+#include "platform/gtk/GtkSupportWindow.h"
 
 #include <glib.h>
+#include <gtk/gtk.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -16,7 +23,8 @@ std::string Application::storePath() {
 }
 
 Application::Application(GtkApplication* application, const PageResources& resources)
-    : store_(storePath(), queue_),
+    : application_(application),
+      store_(storePath(), queue_),
       pageFolder_(resources.pageFolder),
       webView_(WkWebViewWithMouseEvent::Callbacks{
           [this](const std::string& path) -> std::optional<std::string> {
@@ -29,13 +37,40 @@ Application::Application(GtkApplication* application, const PageResources& resou
       dialogs_([this] { return window_.gtkWindow(); }),
       navigation_(webView_, urlOpener_, readQueriesSchemes(resources.appInfo.string())),
       mainVC_(queue_, &webView_),
-      mainWC_(window_, screens_, [this](int status) { endProcess(status); }) {
+      mainWC_(window_, screens_, [this](int status) { endProcess(status); }),
+      engine_(PlayerDeps{queue_, store_, dialogs_, players_, outputDevice_}),
+      playList_(store_, queue_),
+      editor_(store_, queue_, playList_, engine_),
+      addFiles_(store_, dialogs_, queue_, [this] { playList_.sendPlayList(); }),
+      lyricsWindow_([] { return std::make_unique<GtkLyricsWindow>(); }, store_, [this] { mainWC_.showWindow(); }),
+      preferences_([this] { return std::make_unique<GtkPreferencesWindow>(window_.gtkWindow()); }, store_, queue_),
+      outputDeviceWatch_(engine_, outputDevice_),
+      delegate_(AppDelegate::Deps{store_, dialogs_, queue_, outputDeviceWatch_, preferences_,
+                                  [this](const SupportWindowContent& content) {
+                                      return std::make_unique<GtkSupportWindow>(content, window_.gtkWindow());
+                                  }}) {
+    engine_.seams().setLyricText = [](const std::string& text) { setSharedLyricText(text); };
+    engine_.seams().mainWindowVisible = [this] { return window_.isVisible(); };
     window_.setOnCloseRequest([this] { mainWC_.windowShouldClose(); });
-    registerBridge();
+    installMenu();
+    fillOperations();
+    registerHandlers(webView_, queue_, operations_);
     webView_.loadPage();
+    delegate_.applicationDidFinishLaunching();
 }
 
-void Application::reopen() { mainWC_.showWindow(); }
+Application::~Application() {
+    // Desktop callbacks may still arrive while the members go; none must reach a half-destroyed program.
+    menu_.reset();
+}
+
+void Application::reopen() { delegate_.applicationShouldHandleReopen(); }
+
+void Application::quit() {
+    if (delegate_.applicationShouldTerminate() == AppDelegate::TerminateReply::cancel) return;
+    delegate_.applicationWillTerminate();
+    g_application_quit(G_APPLICATION(application_));
+}
 
 void Application::endProcess(int status) {
     // Changes are saved by a queued task after each edit; one still waiting must not be lost.
@@ -44,8 +79,55 @@ void Application::endProcess(int status) {
     std::exit(status);
 }
 
-void Application::registerBridge() {
-    // The bridge's handler table is wired here once it lands.
+void Application::installMenu() {
+    menu_ = std::make_unique<GtkAppMenu>(
+        application_,
+        std::vector<std::vector<AppMenuItem>>{
+            {
+                {"show-main-window", localized("Main Window"), "<Primary>0", [this] { delegate_.showMainWindow(); }},
+                {"preferences", localized("_Preferences"), "<Primary>comma",
+                 [this] { delegate_.clickedMenuPreference(); }},
+                {"save", localized("_Save"), "<Primary>s", [this] { delegate_.saveAction(); }},
+            },
+            {
+                {"support", localized("Support Tunelark"), "", [this] { delegate_.clickedSponsor(); }},
+            },
+            {
+                {"quit", localized("_Quit"), "<Primary>q", [this] { quit(); }},
+            },
+        });
+    window_.setPrimaryMenu(menu_->model());
+}
+
+void Application::fillOperations() {
+    BridgeOperations& o = operations_;
+    o.showWindow = [this] { playList_.showWindow(window_, screens_); };
+    o.startMoveWindow = [this] { mainWC_.startMoveWindow(); };
+    o.changeMaxMin = [this] { mainWC_.changeMaxMin(); };
+    o.alert = [this](const std::string& msg) { dialogs_.alert(msg); };
+    o.doCopy = [this](const std::string& text) { clipboard_.setText(text); };
+    o.toAddMp3 = [this] { addFiles_.run(); };
+    o.clearPlayList = [this] { editor_.clear(); };
+    o.setCharset = [this](const std::string& mainPathFileName, const std::string& charset) {
+        editor_.setCharset(mainPathFileName, charset);
+    };
+    o.moveItem = [this](int fromNo, int toNo) { editor_.moveItem(fromNo, toNo); };
+    o.remove = [this](const std::string& filePath) { editor_.remove(filePath); };
+    o.play = [this] { engine_.get().play(); };
+    o.playItem = [this](const std::string& filePath) { engine_.get().playItem(filePath); };
+    o.pause = [this] { engine_.get().pause(); };
+    o.changeMode = [this] { engine_.get().changeMode(); };
+    o.playNext = [this] { engine_.get().playNext(); };
+    o.playPrev = [this] { engine_.get().playPrevious(); };
+    o.setCurrentPercent = [this](double percent) { engine_.clock().seekPercent(percent); };
+    o.turnLyricsOn = [this](const std::string& needOn, const std::string& rows) {
+        lyricsWindow_.turnLyricsOn(needOn, rows);
+    };
+    o.turnOneRowOrTow = [this](const std::string& rows) { lyricsWindow_.turnOneRowOrTow(rows); };
+    o.playNextLyric = [this] { engine_.clock().nextLyric(); };
+    o.playPrevLyric = [this] { engine_.clock().previousLyric(); };
+    o.speedUp = [this] { engine_.clock().speedUp(); };
+    o.speedDown = [this] { engine_.clock().speedDown(); };
 }
 
 }  // namespace tunelark

@@ -1,18 +1,31 @@
 #pragma once
+#include "app/AppDelegate.h"
 #include "bridge/MainVC.h"
+#include "bridge/handlers/BridgeOperations.h"
+#include "engine/Engine.h"
+#include "engine/OutputDeviceWatch.h"
+#include "library/AddFiles.h"
+#include "library/PlayList.h"
+#include "library/PlayListEditor.h"
 #include "library/store/Store.h"
+#include "lyrics_window/LyricsWindowSwitch.h"
 #include "main_window/MainWC.h"
 #include "main_window/NavigationPolicy.h"
 #include "main_window/PageFolder.h"
 #include "main_window/PageResources.h"
 #include "platform/glib/GlibMainQueue.h"
+#include "platform/gstreamer/GstAudioPlayerFactory.h"
 #include "platform/gtk/DesktopClipboard.h"
 #include "platform/gtk/DesktopUrlOpener.h"
 #include "platform/gtk/GdkScreens.h"
+#include "platform/gtk/GtkAppMenu.h"
 #include "platform/gtk/GtkDialogs.h"
 #include "platform/gtk/GtkMainWindow.h"
 #include "platform/gtk/WkWebViewWithMouseEvent.h"
+#include "platform/pulse/PulseOutputDevice.h"
+#include "preferences/PreferencesOpener.h"
 
+#include <memory>
 #include <string>
 
 typedef struct _GtkApplication GtkApplication;
@@ -24,19 +37,28 @@ namespace tunelark {
 class Application {
 public:
     Application(GtkApplication* application, const PageResources& resources);
+    ~Application();
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
     // A second launch of the program: bring the main window forward (once the page has sized it).
     void reopen();
+    // The menu's Quit: the quit decision, then the end of the main loop.
+    void quit();
+
+    // What the page's messages do, filled once at start-up; other ways in (the desktop) call the same.
+    const BridgeOperations& operations() const { return operations_; }
+    AppDelegate& delegate() { return delegate_; }
 
     // $XDG_DATA_HOME/Tunelark/Tunelark.sqlite, its folder created when missing.
     static std::string storePath();
 
 private:
-    void registerBridge();
+    void fillOperations();
+    void installMenu();
     [[noreturn]] void endProcess(int status);
 
+    GtkApplication* application_;
     GlibMainQueue queue_;
     Store store_;
     DesktopClipboard clipboard_;
@@ -49,6 +71,18 @@ private:
     NavigationPolicy navigation_;
     MainVC mainVC_;
     MainWC mainWC_;
+    PulseOutputDevice outputDevice_;
+    GstAudioPlayerFactory players_;
+    Engine engine_;
+    PlayList playList_;
+    PlayListEditor editor_;
+    AddFiles addFiles_;
+    LyricsWindowSwitch lyricsWindow_;
+    PreferencesOpener preferences_;
+    OutputDeviceWatch outputDeviceWatch_;
+    AppDelegate delegate_;
+    BridgeOperations operations_;
+    std::unique_ptr<GtkAppMenu> menu_;
 };
 
 }  // namespace tunelark

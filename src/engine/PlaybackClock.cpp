@@ -62,6 +62,11 @@ void PlaybackClock::seek(const std::string& v) {
         consoleLine("Seek ignored: not a number: " + v);
         return;
     }
+    seekPercent(*percent);
+}
+
+void PlaybackClock::seekPercent(double percent) {
+    if (!std::isfinite(percent)) return;
     AudioPlayer* player = player_.mp3Player();
     if (!player) return;
     double duration = player->duration();
@@ -70,7 +75,7 @@ void PlaybackClock::seek(const std::string& v) {
         return;
     }
     player_.pause();
-    player->setPosition(std::clamp(*percent / 10000.0 * duration, 0.0, duration));
+    player->setPosition(std::clamp(percent / 10000.0 * duration, 0.0, duration));
     player_.play();
 }
 

@@ -17,6 +17,8 @@ public:
     void tick();
     // v: ten-thousandths of the duration as a whole decimal text; anything else is ignored.
     void seek(const std::string& v);
+    // The same seek from a number already read.
+    void seekPercent(double percent);
     void speedUp();
     void speedDown();
     void nextLyric();

@@ -41,4 +41,8 @@ void PreferencesOpener::open() {
     scene_->windowController->showWindow();
 }
 
+void PreferencesOpener::closeColorPanel() {
+    if (PreferenceWC::shared != nullptr && scene_) scene_->window->deactivateColorWell();
+}
+
 }  // namespace tunelark

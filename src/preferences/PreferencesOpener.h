@@ -20,6 +20,8 @@ public:
 
     // Brings the open window forward, or makes a fresh one that reloads the stored values.
     void open();
+    // Closes the colour panel of the open preferences window, if any; the window itself stays.
+    void closeColorPanel();
 
 private:
     struct Scene;
