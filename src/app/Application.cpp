@@ -84,7 +84,7 @@ void Application::installMenu() {
         application_,
         std::vector<std::vector<AppMenuItem>>{
             {
-                {"show-main-window", localized("Main Window"), "<Primary>0", [this] { delegate_.showMainWindow(); }},
+                {"show-main-window", localized("Main Window"), "", [this] { delegate_.showMainWindow(); }},
                 {"preferences", localized("_Preferences"), "<Primary>comma",
                  [this] { delegate_.clickedMenuPreference(); }},
                 {"save", localized("_Save"), "<Primary>s", [this] { delegate_.saveAction(); }},
