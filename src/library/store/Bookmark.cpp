@@ -125,10 +125,14 @@ ResolvedBookmark resolveBookmark(const Bytes& bookmark) {
 }
 
 bool startAccessing(const std::string& location) {
-    const int fd = open(location.c_str(), O_RDONLY | O_CLOEXEC);
+    // Non-blocking: opening a named pipe put in the file's place would wait for a writer. Only a regular
+    // file is granted, since reading a pipe or a device may never end.
+    const int fd = open(location.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (fd < 0) return false;
+    struct stat info {};
+    const bool regular = fstat(fd, &info) == 0 && S_ISREG(info.st_mode);
     close(fd);
-    return true;
+    return regular;
 }
 
 // Access is not scoped on this platform: nothing to give back.

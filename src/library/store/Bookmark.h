@@ -17,7 +17,7 @@ struct ResolvedBookmark {
 std::optional<Bytes> makeBookmark(const std::string& absolutePath, std::string* error = nullptr);
 // Never throws: a foreign or damaged blob is a failed resolution.
 ResolvedBookmark resolveBookmark(const Bytes& bookmark);
-// Access is granted when the file can be opened for reading.
+// Access is granted when the location is a regular file that can be opened for reading.
 bool startAccessing(const std::string& location);
 void stopAccessing(const std::string& location);
 

@@ -2,8 +2,12 @@
 
 #include "platform/glib/GuardedCall.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
+#include <cstring>
 #include <optional>
 
 namespace tunelark {
@@ -41,6 +45,15 @@ std::optional<std::string> fileUri(const std::string& path) {
     std::string text = uri;
     g_free(uri);
     return text;
+}
+
+// The source element opens the file in the calling thread, and opening a named pipe waits for a writer:
+// only a regular file may reach it.
+std::optional<std::string> notARegularFile(const std::string& path) {
+    struct stat info {};
+    if (stat(path.c_str(), &info) != 0) return std::string(std::strerror(errno));
+    if (!S_ISREG(info.st_mode)) return std::string("not a regular file");
+    return std::nullopt;
 }
 
 PipelinePtr makePlaybin(const std::string& uri) {
@@ -83,6 +96,10 @@ double queryDuration(GstElement* pipeline) {
 }  // namespace
 
 std::unique_ptr<GstAudioPlayer> GstAudioPlayer::open(const std::string& path, std::chrono::milliseconds prerollLimit) {
+    if (auto reason = notARegularFile(path)) {
+        logCannotPlay(path, *reason);
+        return nullptr;
+    }
     auto uri = fileUri(path);
     if (!uri) return nullptr;
     PipelinePtr pipeline = makePlaybin(*uri);
