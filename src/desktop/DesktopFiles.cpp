@@ -1,0 +1,69 @@
+#include "desktop/DesktopFiles.h"
+
+#include "bridge/MainVC.h"
+#include "library/store/FileNames.h"
+#include "platform/Console.h"
+
+namespace tunelark {
+
+namespace {
+
+bool pageReady() { return MainVC::shared != nullptr && MainVC::shared->loaded; }
+
+}  // namespace
+
+DesktopFiles::DesktopFiles(MainQueue& queue, AddFiles& addFiles, const BridgeOperations& operations)
+    : queue_(queue), addFiles_(addFiles), operations_(operations), self_(std::make_shared<DesktopFiles*>(this)) {}
+
+void DesktopFiles::open(std::vector<std::string> paths) { submit({std::move(paths), true}); }
+
+void DesktopFiles::add(std::vector<std::string> paths) { submit({std::move(paths), false}); }
+
+void DesktopFiles::submit(Request request) {
+    if (request.paths.empty()) return;
+    waiting_.push_back(std::move(request));
+    if (pageReady()) {
+        runWaiting();
+        return;
+    }
+    if (!readyPoll_) {
+        readyPoll_ = queue_.startRepeating(kReadyPoll, [this] {
+            if (pageReady()) runWaiting();
+        });
+    }
+}
+
+void DesktopFiles::runWaiting() {
+    readyPoll_.reset();
+    while (!waiting_.empty()) {
+        Request request = std::move(waiting_.front());
+        waiting_.pop_front();
+        run(request);
+    }
+}
+
+void DesktopFiles::run(const Request& request) {
+    consoleLine("Desktop Add Files " + std::to_string(request.paths.size()));
+    if (!addFiles_.addPaths(request.paths) || !request.play) return;
+    // The add operation has queued the play-list load; this runs after it.
+    std::weak_ptr<DesktopFiles*> self = self_;
+    queue_.post([self, paths = request.paths] {
+        if (auto alive = self.lock()) (*alive)->playFirstAdded(paths);
+    });
+}
+
+void DesktopFiles::playFirstAdded(const std::vector<std::string>& paths) {
+    const MainVC* view = MainVC::shared;
+    if (!view || !view->storedMp3Entities || !operations_.playItem) return;
+    for (const auto& path : paths) {
+        const std::string url = fileUrlFromPath(path);
+        for (const auto& entry : *view->storedMp3Entities) {
+            if (entry && entry->filePath == url) {
+                operations_.playItem(url);
+                return;
+            }
+        }
+    }
+}
+
+}  // namespace tunelark

@@ -1,0 +1,77 @@
+#pragma once
+#include "bridge/handlers/BridgeOperations.h"
+#include "desktop/PlayerState.h"
+#include "engine/Engine.h"
+#include "platform/DesktopBus.h"
+#include "platform/MainQueue.h"
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tunelark {
+
+// The desktop's media-player interface (media keys, sound menus, lyric tools): its requests run the same
+// operations as the page's messages, so page and desktop always agree, and every change of the state,
+// whoever made it, is announced. Main thread only.
+class MediaPlayer2 : public BusObject {
+public:
+    // Changes made by the page are found within this time; changes made here at once.
+    static constexpr std::chrono::milliseconds kRefreshInterval{200};
+
+    struct Deps {
+        MainQueue& queue;
+        Engine& engine;
+        const BridgeOperations& operations;  // the page's operations, as the program filled them
+        std::function<void(std::vector<std::string> paths)> openFiles;
+        std::function<void()> raise;  // shows the main window, as a second launch does
+        std::function<void()> quit;   // through the quit decision
+    };
+
+    explicit MediaPlayer2(Deps deps);
+    MediaPlayer2(const MediaPlayer2&) = delete;
+    MediaPlayer2& operator=(const MediaPlayer2&) = delete;
+
+    // Where changes are announced; the present state counts as known. nullptr stops announcing.
+    void setSignals(BusSignals* signals);
+    // Announces what changed since the last announcement, then Seeked when the position was set meanwhile.
+    void refresh();
+    // From the players: a position was set, or the transport may have changed. A refresh follows the
+    // running operation.
+    void positionSet();
+    void transportChanged();
+
+    std::optional<BusError> callMethod(const std::string& interfaceName, const std::string& method,
+                                       const std::vector<BusValue>& args) override;
+    std::optional<BusValue> readProperty(const std::string& interfaceName, const std::string& name) override;
+    std::optional<BusError> writeProperty(const std::string& interfaceName, const std::string& name,
+                                          const BusValue& value) override;
+
+private:
+    std::optional<BusError> callPlayer(const std::string& method, const std::vector<BusValue>& args);
+    std::optional<BusValue> rootProperty(const std::string& name) const;
+    std::optional<BusValue> playerProperty(const std::string& name);
+    std::optional<BusError> seek(std::int64_t offset);
+    std::optional<BusError> setPosition(const std::string& trackId, std::int64_t position);
+    std::optional<BusError> openUri(const std::string& uri);
+    std::optional<BusError> setRate(double rate);
+    std::optional<BusError> setPlayMode(const std::optional<std::string>& mode);
+    // The page's seek to a time of the loaded track.
+    void seekTo(double seconds, double duration);
+    void queueRefresh();
+    void later(std::function<void(MediaPlayer2&)> task);
+
+    Deps deps_;
+    PlayerStateReader reader_;
+    BusSignals* signals_ = nullptr;
+    PlayerState announced_;
+    bool refreshQueued_ = false;
+    bool seeked_ = false;
+    std::unique_ptr<RepeatingTimer> timer_;
+    std::shared_ptr<MediaPlayer2*> self_;  // queued tasks reach this object only while it lives
+};
+
+}  // namespace tunelark

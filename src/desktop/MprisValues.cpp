@@ -1,0 +1,86 @@
+#include "desktop/MprisValues.h"
+
+#include "engine/PlaybackTexts.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <limits>
+
+namespace tunelark {
+
+namespace {
+
+// The order in which the page's mode change steps through the modes.
+constexpr std::array<const char*, 3> kModeCycle{"cycle", "random", "sequence"};
+
+std::optional<int> modePosition(const std::string& mode) {
+    for (std::size_t i = 0; i < kModeCycle.size(); ++i) {
+        if (mode == kModeCycle[i]) return static_cast<int>(i);
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::string loopStatusForMode(const std::string& playMode) {
+    return playMode == "cycle" || playMode == "random" ? "Playlist" : "None";
+}
+
+bool shuffleForMode(const std::string& playMode) { return playMode == "random"; }
+
+std::optional<std::string> modeForLoopStatus(const std::string& loopStatus, const std::string& playMode) {
+    if (loopStatus == "None") return std::string("sequence");
+    if (loopStatus == "Playlist") return std::string(playMode == "random" ? "random" : "cycle");
+    return std::nullopt;
+}
+
+std::string modeForShuffle(bool shuffle, const std::string& playMode) {
+    if (shuffle) return "random";
+    return playMode == "random" ? "cycle" : playMode;
+}
+
+std::optional<int> modeChangeSteps(const std::string& from, const std::string& to) {
+    auto start = modePosition(from);
+    auto end = modePosition(to);
+    if (!start || !end) return std::nullopt;
+    const int count = static_cast<int>(kModeCycle.size());
+    return (*end - *start + count) % count;
+}
+
+std::optional<int> nearestSpeedIdx(double rate) {
+    if (!std::isfinite(rate) || rate <= 0) return std::nullopt;
+    // Clamped first: far beyond the table every distance rounds to the same number.
+    const int last = static_cast<int>(kSpeeds.size()) - 1;
+    rate = std::clamp(rate, static_cast<double>(rateForSpeedIdx(0)), static_cast<double>(rateForSpeedIdx(last)));
+    int best = 0;
+    for (int i = 1; i < static_cast<int>(kSpeeds.size()); ++i) {
+        if (std::fabs(rateForSpeedIdx(i) - rate) < std::fabs(rateForSpeedIdx(best) - rate)) best = i;
+    }
+    return best;
+}
+
+std::optional<std::int64_t> microseconds(double seconds) {
+    // Beyond about 292,000 years the microseconds leave the 64-bit range.
+    constexpr double kLimit = 9.2e18;
+    if (!std::isfinite(seconds)) return std::nullopt;
+    const double value = std::round(seconds * 1e6);
+    if (value > kLimit || value < -kLimit) return std::nullopt;
+    return static_cast<std::int64_t>(value);
+}
+
+std::string trackIdFor(const std::string& filePath) {
+    if (filePath.empty()) return kNoTrackId;
+    // FNV-1a: a stable 64-bit digest; object paths allow only [A-Za-z0-9_] in an element.
+    std::uint64_t hash = 14695981039346656037ull;
+    for (unsigned char c : filePath) {
+        hash ^= c;
+        hash *= 1099511628211ull;
+    }
+    char digits[17];
+    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hash));
+    return std::string("/org/tunelark/Tunelark/track/t") + digits;
+}
+
+}  // namespace tunelark

@@ -1,0 +1,145 @@
+#include "desktop/PlayerState.h"
+
+#include "bridge/MainVC.h"
+#include "desktop/MprisValues.h"
+#include "engine/PlaybackTexts.h"
+#include "library/store/FileNames.h"
+
+#include <cmath>
+#include <mutex>
+
+namespace tunelark {
+
+namespace {
+
+struct ListPlace {
+    std::size_t size = 0;
+    std::optional<std::size_t> current;
+    std::shared_ptr<Mp3Entity> entry;
+};
+
+ListPlace placeInList(const MainVC* view) {
+    ListPlace place;
+    if (!view || !view->storedMp3Entities) return place;
+    const auto& list = *view->storedMp3Entities;
+    place.size = list.size();
+    for (std::size_t i = 0; i < list.size(); ++i) {
+        if (list[i] && list[i]->filePath == view->playingFilePath) {
+            place.current = i;
+            place.entry = list[i];
+            break;
+        }
+    }
+    return place;
+}
+
+// Next and previous as the transport steps by mode: "sequence" stops after the last item; the other
+// modes always find an item while the list has one.
+bool canGoNext(const std::string& mode, const ListPlace& place) {
+    if (mode == "cycle" || mode == "random") return place.size > 0;
+    if (mode == "sequence") return place.current && *place.current + 1 < place.size;
+    return false;
+}
+
+bool canGoPrevious(const std::string& mode, const ListPlace& place) {
+    if (mode == "cycle" || mode == "random" || mode == "sequence") return place.size > 0;
+    return false;
+}
+
+}  // namespace
+
+BusProperties PlayerState::properties() const {
+    return {
+        {"PlaybackStatus", playbackStatus}, {"Rate", rate},
+        {"Shuffle", shuffle},               {"LoopStatus", loopStatus},
+        {"Metadata", metadata},             {"CanGoNext", canGoNext},
+        {"CanGoPrevious", canGoPrevious},   {"CanPlay", canPlay},
+        {"CanPause", canPause},             {"CanSeek", canSeek},
+    };
+}
+
+BusProperties PlayerState::changedSince(const PlayerState& before) const {
+    BusProperties now = properties();
+    const BusProperties then = before.properties();
+    std::erase_if(now, [&then](const auto& entry) { return then.at(entry.first) == entry.second; });
+    return now;
+}
+
+PlayerState PlayerStateReader::read() {
+    PlayerState state;
+    PlayerUtil* engine = player();
+    AudioPlayer* track = engine ? engine->mp3Player() : nullptr;
+    const MainVC* view = MainVC::shared;
+    const std::string mode = view ? view->playMode : "cycle";
+    const ListPlace place = placeInList(view);
+
+    if (track) state.playbackStatus = track->isPlaying() ? "Playing" : "Paused";
+    state.rate = rateForSpeedIdx(engine ? engine->speedIdx() : kInitialSpeedIdx);
+    state.shuffle = shuffleForMode(mode);
+    state.loopStatus = loopStatusForMode(mode);
+    state.metadata = metadata(engine);
+    state.canGoNext = canGoNext(mode, place);
+    state.canGoPrevious = canGoPrevious(mode, place);
+    state.canPlay = place.size > 0 || track != nullptr;
+    state.canPause = track != nullptr;
+    state.canSeek = duration().has_value();
+    return state;
+}
+
+std::optional<double> PlayerStateReader::position() const {
+    PlayerUtil* engine = player();
+    AudioPlayer* track = engine ? engine->mp3Player() : nullptr;
+    if (!track) return std::nullopt;
+    const double seconds = track->position();
+    return std::isfinite(seconds) ? std::optional<double>(std::max(0.0, seconds)) : std::nullopt;
+}
+
+std::optional<double> PlayerStateReader::duration() const {
+    PlayerUtil* engine = player();
+    AudioPlayer* track = engine ? engine->mp3Player() : nullptr;
+    if (!track) return std::nullopt;
+    const double seconds = track->duration();
+    return std::isfinite(seconds) && seconds > 0 ? std::optional<double>(seconds) : std::nullopt;
+}
+
+std::string PlayerStateReader::currentTrackId() const {
+    return trackIdFor(MainVC::shared ? MainVC::shared->playingFilePath : std::string());
+}
+
+BusDict PlayerStateReader::metadata(PlayerUtil* engine) {
+    const MainVC* view = MainVC::shared;
+    const std::string filePath = view ? view->playingFilePath : std::string();
+    BusDict values{{"mpris:trackid", BusObjectPath{trackIdFor(filePath)}}};
+    if (filePath.empty()) return values;
+    const ListPlace place = placeInList(view);
+    const std::string fileName =
+        place.entry && place.entry->fileName ? *place.entry->fileName : lastComponentDecoded(filePath);
+    values["xesam:url"] = filePath;
+    values["xesam:title"] = title(filePath, fileName);
+    if (auto seconds = duration()) {
+        if (auto length = microseconds(*seconds)) values["mpris:length"] = *length;
+    }
+    if (engine) {
+        if (const std::string* text = lyricText(*engine)) values["xesam:asText"] = *text;
+    }
+    return values;
+}
+
+const std::string& PlayerStateReader::title(const std::string& filePath, const std::string& fileName) {
+    std::string key = filePath + '\n' + fileName;
+    if (key != titleKey_) {
+        titleKey_ = std::move(key);
+        title_ = displayName(fileName);
+    }
+    return title_;
+}
+
+const std::string* PlayerStateReader::lyricText(PlayerUtil& engine) {
+    LrcTimeline& timeline = engine.timeline();
+    std::lock_guard lock(timeline.lock());
+    if (!timeline.lrcString || timeline.lrcString->size() > kLongestLyricText) return nullptr;
+    if (*timeline.lrcString != lyricText_) lyricText_ = *timeline.lrcString;
+    return &lyricText_;
+}
+
+}  // namespace tunelark

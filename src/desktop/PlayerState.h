@@ -1,0 +1,59 @@
+#pragma once
+#include "engine/Engine.h"
+#include "platform/DesktopBus.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tunelark {
+
+// The media-player interface's properties that change, at one moment.
+struct PlayerState {
+    std::string playbackStatus = "Stopped";
+    double rate = 1.0;
+    bool shuffle = false;
+    std::string loopStatus = "Playlist";
+    BusDict metadata;
+    bool canGoNext = false;
+    bool canGoPrevious = false;
+    bool canPlay = false;
+    bool canPause = false;
+    bool canSeek = false;
+
+    // Every property by its interface name.
+    BusProperties properties() const;
+    // The properties whose values differ from before.
+    BusProperties changedSince(const PlayerState& before) const;
+};
+
+// Reads that state from the engine and the main view without creating either. Lyric texts above
+// kLongestLyricText are left out of the metadata. Main thread only, never while the timeline lock is held.
+class PlayerStateReader {
+public:
+    static constexpr std::size_t kLongestLyricText = 1 << 20;
+
+    explicit PlayerStateReader(Engine& engine) : engine_(engine) {}
+
+    PlayerState read();
+    // The engine, or nothing before its first use.
+    PlayerUtil* player() const { return engine_.created() ? &engine_.get() : nullptr; }
+    // The loaded track's position and duration in seconds; nothing without a track or a usable duration.
+    std::optional<double> position() const;
+    std::optional<double> duration() const;
+    // The track id of the current item.
+    std::string currentTrackId() const;
+
+private:
+    BusDict metadata(PlayerUtil* player);
+    const std::string& title(const std::string& filePath, const std::string& fileName);
+    const std::string* lyricText(PlayerUtil& player);
+
+    Engine& engine_;
+    // The display name is made once per item: making it writes a console line.
+    std::string titleKey_;
+    std::string title_;
+    std::string lyricText_;
+};
+
+}  // namespace tunelark
