@@ -67,7 +67,10 @@ std::optional<BookmarkRecord> readRecord(const Bytes& bytes) {
     auto inode = reader.integer(8);
     if (!path || !device || !inode || !reader.atEnd()) return std::nullopt;
     BookmarkRecord record{std::string(path->begin(), path->end()), *device, *inode};
-    if (record.path.empty() || record.path.front() != '/') return std::nullopt;
+    // A NUL would cut the path short in every system call: the record would name another file.
+    if (record.path.empty() || record.path.front() != '/' || record.path.find('\0') != std::string::npos) {
+        return std::nullopt;
+    }
     return record;
 }
 
@@ -102,6 +105,7 @@ std::optional<Bytes> makeBookmark(const std::string& absolutePath, std::string* 
         return std::nullopt;
     };
     if (absolutePath.empty() || absolutePath.front() != '/') return fail("not an absolute path");
+    if (absolutePath.find('\0') != std::string::npos) return fail("the path holds a NUL byte");
     if (absolutePath.size() > UINT32_MAX) return fail("path too long");
     struct stat info {};
     if (stat(absolutePath.c_str(), &info) != 0) return fail(std::strerror(errno));

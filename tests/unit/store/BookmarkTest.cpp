@@ -75,6 +75,24 @@ TEST_F(BookmarkTest, MakingFailsWithAReasonForMissingOrRelativePaths) {
     EXPECT_EQ(makeBookmark(""), std::nullopt) << "no error slot is fine";
 }
 
+// Every system call would stop at the NUL and reach the existing file before it: the record would name
+// a file that is not the one it says.
+TEST_F(BookmarkTest, APathHoldingANulByteIsRefusedBothWays) {
+    std::string error;
+    EXPECT_EQ(makeBookmark(song + std::string("\0other.mp3", 10), &error), std::nullopt);
+    EXPECT_NE(error.find("NUL"), std::string::npos) << error;
+
+    Bytes record = bookmark();
+    const std::string withNul = song + std::string("\0x", 2);
+    Bytes forged(record.begin(), record.begin() + 5);
+    for (int i = 0; i < 4; ++i) forged.push_back(static_cast<std::uint8_t>(withNul.size() >> (8 * i)));
+    forged.insert(forged.end(), withNul.begin(), withNul.end());
+    forged.insert(forged.end(), record.end() - 16, record.end());
+    auto resolved = resolveBookmark(forged);
+    EXPECT_EQ(resolved.location, std::nullopt);
+    EXPECT_TRUE(resolved.stale);
+}
+
 // Foreign, damaged and cut-short records are failed resolutions, never reads past the end.
 TEST_F(BookmarkTest, ForeignOrDamagedRecordsResolveToNothing) {
     const Bytes made = bookmark();
