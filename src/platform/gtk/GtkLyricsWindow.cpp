@@ -1,6 +1,7 @@
 #include "platform/gtk/GtkLyricsWindow.h"
 
 #include "platform/glib/GuardedCall.h"
+#include "platform/gtk/JoinApplication.h"
 #include "platform/gtk/ScreenCoordinates.h"
 
 #include <algorithm>
@@ -58,6 +59,7 @@ void GtkLyricsWindow::buildWidgets() {
     window_ = gtk_window_new(GTK_WINDOW_TOPLEVEL);
     GtkWindow* window = GTK_WINDOW(window_);
     gtk_window_set_title(window, "Lyrics");
+    joinRunningApplication(window);
     gtk_window_set_decorated(window, FALSE);
     gtk_window_set_keep_above(window, TRUE);
     gtk_window_set_skip_taskbar_hint(window, TRUE);

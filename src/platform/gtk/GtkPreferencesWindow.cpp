@@ -1,6 +1,7 @@
 #include "platform/gtk/GtkPreferencesWindow.h"
 
 #include "platform/glib/GuardedCall.h"
+#include "platform/gtk/JoinApplication.h"
 
 #include <cstring>
 
@@ -45,6 +46,7 @@ void GtkPreferencesWindow::buildWindow(GtkWindow* parent) {
     window_ = gtk_window_new(GTK_WINDOW_TOPLEVEL);
     GtkWindow* window = GTK_WINDOW(window_);
     gtk_window_set_title(window, "Preferences");
+    joinRunningApplication(window);
     gtk_window_set_resizable(window, FALSE);
     gtk_window_set_type_hint(window, GDK_WINDOW_TYPE_HINT_DIALOG);
     if (parent != nullptr) {

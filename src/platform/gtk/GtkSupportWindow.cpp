@@ -1,6 +1,7 @@
 #include "platform/gtk/GtkSupportWindow.h"
 
 #include "platform/glib/GuardedCall.h"
+#include "platform/gtk/JoinApplication.h"
 
 #include <gtk/gtk.h>
 
@@ -21,6 +22,7 @@ GtkSupportWindow::GtkSupportWindow(const SupportWindowContent& content, GtkWindo
     : window_(GObjectPtr<GtkWidget>::retain(gtk_window_new(GTK_WINDOW_TOPLEVEL))) {
     GtkWindow* window = GTK_WINDOW(window_.get());
     gtk_window_set_title(window, content.title.c_str());
+    joinRunningApplication(window);
     gtk_window_set_resizable(window, FALSE);
     gtk_window_set_type_hint(window, GDK_WINDOW_TYPE_HINT_DIALOG);
     if (parent) {
