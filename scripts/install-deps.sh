@@ -5,7 +5,8 @@ BUILD_PKGS=(build-essential cmake pkg-config libgtk-3-dev libwebkit2gtk-4.1-dev 
   libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-good gstreamer1.0-plugins-base
   gstreamer1.0-pulseaudio gstreamer1.0-tools fonts-wqy-zenhei libpulse-dev libsqlite3-dev nlohmann-json3-dev)
 TEST_PKGS=(googletest libgtest-dev libgmock-dev xvfb xauth pulseaudio pulseaudio-utils xdotool lame sox imagemagick
-  x11-utils dbus dbus-x11 ccache python3 python3-numpy webkit2gtk-driver)
+  x11-utils dbus dbus-x11 ccache python3 python3-numpy webkit2gtk-driver
+  clang libclang-rt-14-dev)
 want=("${BUILD_PKGS[@]}")
 [[ ${1:-} == --test ]] && want+=("${TEST_PKGS[@]}")
 missing=()
