@@ -7,6 +7,8 @@ BUILD_PKGS=(build-essential cmake pkg-config libgtk-3-dev libwebkit2gtk-4.1-dev 
 TEST_PKGS=(googletest libgtest-dev libgmock-dev xvfb xauth pulseaudio pulseaudio-utils xdotool lame sox imagemagick
   x11-utils dbus dbus-x11 ccache python3 python3-numpy webkit2gtk-driver
   clang libclang-rt-14-dev)
+# The end-to-end tests read the texts of the program's windows by OCR.
+TEST_PKGS+=(tesseract-ocr tesseract-ocr-eng)
 want=("${BUILD_PKGS[@]}")
 [[ ${1:-} == --test ]] && want+=("${TEST_PKGS[@]}")
 missing=()
