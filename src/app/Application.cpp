@@ -38,7 +38,7 @@ Application::Application(GtkApplication* application, const PageResources& resou
       navigation_(webView_, urlOpener_, readQueriesSchemes(resources.appInfo.string())),
       mainVC_(queue_, &webView_),
       mainWC_(window_, screens_, [this](int status) { endProcess(status); }),
-      engine_(PlayerDeps{queue_, store_, dialogs_, players_, outputDevice_}),
+      engine_(PlayerDeps{queue_, store_, dialogs_, observedPlayers_, outputDevice_}),
       playList_(store_, queue_),
       editor_(store_, queue_, playList_, engine_),
       addFiles_(store_, dialogs_, queue_, [this] { playList_.sendPlayList(); }),
@@ -55,12 +55,16 @@ Application::Application(GtkApplication* application, const PageResources& resou
     installMenu();
     fillOperations();
     registerHandlers(webView_, queue_, operations_);
+    desktop_ = std::make_unique<DesktopIntegration>(DesktopIntegration::Deps{
+        queue_, engine_, operations_, addFiles_, observedPlayers_, webView_.widget(), [this] { reopen(); },
+        [this] { quit(); }});
     webView_.loadPage();
     delegate_.applicationDidFinishLaunching();
 }
 
 Application::~Application() {
     // Desktop callbacks may still arrive while the members go; none must reach a half-destroyed program.
+    desktop_.reset();
     menu_.reset();
 }
 
@@ -71,6 +75,8 @@ void Application::quit() {
     delegate_.applicationWillTerminate();
     g_application_quit(G_APPLICATION(application_));
 }
+
+void Application::open(std::vector<std::string> paths) { desktop_->open(std::move(paths)); }
 
 void Application::endProcess(int status) {
     // Changes are saved by a queued task after each edit; one still waiting must not be lost.

@@ -1,7 +1,9 @@
 #pragma once
 #include "app/AppDelegate.h"
+#include "app/DesktopIntegration.h"
 #include "bridge/MainVC.h"
 #include "bridge/handlers/BridgeOperations.h"
+#include "desktop/ObservedAudioPlayer.h"
 #include "engine/Engine.h"
 #include "engine/OutputDeviceWatch.h"
 #include "library/AddFiles.h"
@@ -27,6 +29,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 typedef struct _GtkApplication GtkApplication;
 
@@ -45,6 +48,8 @@ public:
     void reopen();
     // The menu's Quit: the quit decision, then the end of the main loop.
     void quit();
+    // Files named by this launch of the program or a later one (absolute paths).
+    void open(std::vector<std::string> paths);
 
     // What the page's messages do, filled once at start-up; other ways in (the desktop) call the same.
     const BridgeOperations& operations() const { return operations_; }
@@ -73,6 +78,7 @@ private:
     MainWC mainWC_;
     PulseOutputDevice outputDevice_;
     GstAudioPlayerFactory players_;
+    ObservedAudioPlayerFactory observedPlayers_{players_};  // what the engine opens, seen by the desktop
     Engine engine_;
     PlayList playList_;
     PlayListEditor editor_;
@@ -83,6 +89,7 @@ private:
     AppDelegate delegate_;
     BridgeOperations operations_;
     std::unique_ptr<GtkAppMenu> menu_;
+    std::unique_ptr<DesktopIntegration> desktop_;
 };
 
 }  // namespace tunelark

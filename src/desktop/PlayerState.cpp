@@ -41,6 +41,13 @@ bool canGoNext(const std::string& mode, const ListPlace& place) {
     return false;
 }
 
+// The name the page shows for the item (its file name up to the last "."), made here without the
+// console line that belongs to the start of the track.
+std::string titleOf(const std::string& fileName) {
+    const auto dot = fileName.rfind('.');
+    return dot == std::string::npos ? fileName : fileName.substr(0, dot);
+}
+
 bool canGoPrevious(const std::string& mode, const ListPlace& place) {
     if (mode == "cycle" || mode == "random" || mode == "sequence") return place.size > 0;
     return false;
@@ -115,7 +122,7 @@ BusDict PlayerStateReader::metadata(PlayerUtil* engine) {
     const std::string fileName =
         place.entry && place.entry->fileName ? *place.entry->fileName : lastComponentDecoded(filePath);
     values["xesam:url"] = filePath;
-    values["xesam:title"] = title(filePath, fileName);
+    values["xesam:title"] = titleOf(fileName);
     if (auto seconds = duration()) {
         if (auto length = microseconds(*seconds)) values["mpris:length"] = *length;
     }
@@ -123,15 +130,6 @@ BusDict PlayerStateReader::metadata(PlayerUtil* engine) {
         if (const std::string* text = lyricText(*engine)) values["xesam:asText"] = *text;
     }
     return values;
-}
-
-const std::string& PlayerStateReader::title(const std::string& filePath, const std::string& fileName) {
-    std::string key = filePath + '\n' + fileName;
-    if (key != titleKey_) {
-        titleKey_ = std::move(key);
-        title_ = displayName(fileName);
-    }
-    return title_;
 }
 
 const std::string* PlayerStateReader::lyricText(PlayerUtil& engine) {

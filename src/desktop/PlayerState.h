@@ -46,14 +46,10 @@ public:
 
 private:
     BusDict metadata(PlayerUtil* player);
-    const std::string& title(const std::string& filePath, const std::string& fileName);
     const std::string* lyricText(PlayerUtil& player);
 
     Engine& engine_;
-    // The display name is made once per item: making it writes a console line.
-    std::string titleKey_;
-    std::string title_;
-    std::string lyricText_;
+    std::string lyricText_;  // kept so that an unchanged text is compared, not copied
 };
 
 }  // namespace tunelark

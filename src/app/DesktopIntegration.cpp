@@ -1,0 +1,24 @@
+#include "app/DesktopIntegration.h"
+
+#include "desktop/MprisIntrospection.h"
+
+namespace tunelark {
+
+DesktopIntegration::DesktopIntegration(Deps deps)
+    : players_(deps.players),
+      files_(deps.queue, deps.addFiles, deps.operations),
+      mediaPlayer_(MediaPlayer2::Deps{deps.queue, deps.engine, deps.operations,
+                                      [this](std::vector<std::string> paths) { files_.open(std::move(paths)); },
+                                      std::move(deps.raise), std::move(deps.quit)}),
+      bus_(GDBusObjectServer::Export{kMprisBusName, kMprisObjectPath, mprisIntrospectionXml()}, mediaPlayer_),
+      drop_(deps.dropArea, [this](std::vector<std::string> paths) { files_.add(std::move(paths)); }) {
+    players_.setListener({[this] { mediaPlayer_.positionSet(); }, [this] { mediaPlayer_.transportChanged(); }});
+    if (bus_.registered()) mediaPlayer_.setSignals(&bus_);
+}
+
+DesktopIntegration::~DesktopIntegration() {
+    players_.setListener({});
+    mediaPlayer_.setSignals(nullptr);
+}
+
+}  // namespace tunelark
