@@ -183,8 +183,9 @@ add_through_page() {
   xdotool key --clearmodifiers ctrl+l
   sleep 0.3
   xdotool type --delay 15 "$folder/"
-  sleep 0.6
-  xdotool key Delete Return  # drop the completion the bar offers, then go into the folder
+  # The bar offers the files' common start, selected, once it has read the folder: drop that, then go in.
+  sleep 1.5
+  xdotool key Delete Return
   sleep 1.2
   xdotool key --clearmodifiers ctrl+a
   sleep 0.3
