@@ -116,7 +116,7 @@ protected:
             client_.get(), kName, kPath, interfaceName, method, parameters, nullptr, G_DBUS_CALL_FLAGS_NONE, 5000,
             nullptr,
             [](GObject* source, GAsyncResult* result, gpointer data) {
-                auto* state = static_cast<std::pair<Reply*, bool*>*>(data);
+                std::unique_ptr<std::pair<Reply*, bool*>> state(static_cast<std::pair<Reply*, bool*>*>(data));
                 GError* error = nullptr;
                 state->first->value.reset(g_dbus_connection_call_finish(G_DBUS_CONNECTION(source), result, &error));
                 if (ErrorPtr failure{error}) {
