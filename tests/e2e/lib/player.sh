@@ -209,8 +209,8 @@ shot() {
 colours_of() { convert "$1" -format %k info: 2>/dev/null; }
 # Text in a picture, read by OCR after turning light text on a dark ground into dark text on light.
 read_text() {
-  convert "$1" -colorspace gray -negate -resize 300% "$1.ocr.png" 2>/dev/null &&
-    tesseract "$1.ocr.png" - --psm "${2:-6}" 2>/dev/null | tr -s ' \n' ' '
+  convert "$1" -colorspace gray -negate -resize 300% "$work/ocr.png" 2>/dev/null &&
+    tesseract "$work/ocr.png" - --psm "${2:-6}" 2>/dev/null | tr -s ' \n' ' '
 }
 
 # --- Sound
