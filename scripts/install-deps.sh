@@ -9,6 +9,9 @@ TEST_PKGS=(googletest libgtest-dev libgmock-dev xvfb xauth pulseaudio pulseaudio
   clang libclang-rt-14-dev)
 # The end-to-end tests read the texts of the program's windows by OCR.
 TEST_PKGS+=(tesseract-ocr tesseract-ocr-eng)
+# Desktop integration: the media-player interface (playerctl on a private bus), the desktop entry and
+# AppStream validators, the Debian package (dpkg-dev's dpkg-shlibdeps), and a Wayland compositor with XWayland.
+TEST_PKGS+=(playerctl desktop-file-utils appstream dpkg-dev weston xwayland libx11-dev)
 want=("${BUILD_PKGS[@]}")
 [[ ${1:-} == --test ]] && want+=("${TEST_PKGS[@]}")
 missing=()
