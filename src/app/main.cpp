@@ -93,8 +93,10 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "%s\n", search.failureMessage().c_str());
         return 1;
     }
-    // Keep-above and window placement, which the lyrics window needs, are ignored by Wayland compositors.
-    g_setenv("GDK_BACKEND", "x11", FALSE);
+    // Keep-above and window placement, which the lyrics window needs, are ignored by Wayland compositors:
+    // X11 (XWayland on a Wayland desktop) first, Wayland itself only where there is no X server. A
+    // GDK_BACKEND the user set wins.
+    g_setenv("GDK_BACKEND", "x11,wayland", FALSE);
     // Standard output carries the console lines; diagnostics go to standard error.
     g_log_writer_default_set_use_stderr(TRUE);
 
