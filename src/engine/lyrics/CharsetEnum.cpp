@@ -108,6 +108,38 @@ bool convertStep(iconv_t cd, char** in, std::size_t* inLeft, std::string& out, s
     }
 }
 
+// Well-formed UTF-8: shortest forms, no surrogates, nothing beyond U+10FFFF.
+bool isWellFormedUtf8(std::string_view text) {
+    for (std::size_t i = 0; i < text.size();) {
+        const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[i + k]); };
+        const unsigned char lead = byte(0);
+        std::size_t length = 1;
+        unsigned char low = 0x80;
+        unsigned char high = 0xBF;
+        if (lead >= 0xC2 && lead <= 0xDF) {
+            length = 2;
+        } else if (lead >= 0xE0 && lead <= 0xEF) {
+            length = 3;
+            if (lead == 0xE0) low = 0xA0;
+            if (lead == 0xED) high = 0x9F;
+        } else if (lead >= 0xF0 && lead <= 0xF4) {
+            length = 4;
+            if (lead == 0xF0) low = 0x90;
+            if (lead == 0xF4) high = 0x8F;
+        } else if (lead >= 0x80) {
+            return false;
+        }
+        if (length > 1) {
+            if (i + length > text.size() || byte(1) < low || byte(1) > high) return false;
+            for (std::size_t k = 2; k < length; ++k) {
+                if ((byte(k) & 0xC0) != 0x80) return false;
+            }
+        }
+        i += length;
+    }
+    return true;
+}
+
 }  // namespace
 
 std::string_view charsetName(CharsetEnum charset) {
@@ -161,6 +193,9 @@ std::optional<std::string> decodeLyrics(std::string_view bytes, CharsetEnum char
     // Flush: some converters hold back a base letter that a combining mark could still join.
     if (!convertStep(cd.get(), nullptr, nullptr, out, used)) return std::nullopt;
     out.resize(used);
+    // glibc's UTF-8 reader lets through code points beyond U+10FFFF (F4 90 and up, leads F5 to FD), which
+    // are not text: strict decoding refuses them as any other invalid byte.
+    if (!isWellFormedUtf8(out)) return std::nullopt;
     return out;
 }
 

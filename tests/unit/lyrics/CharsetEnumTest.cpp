@@ -197,6 +197,16 @@ TEST(CharsetEnumTest, InvalidBytesAnywhereFailTheWholeText) {
     EXPECT_EQ(decodeLyrics("\xc0\xaf", CharsetEnum::utf8), std::nullopt) << "overlong form";
 }
 
+// glibc's own UTF-8 reader takes these; they are not text, and the page and the lyrics window get text.
+TEST(CharsetEnumTest, Utf8BeyondTheLastCodePointFails) {
+    for (const char* beyond : {"\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xf7\xbf\xbf\xbf", "\xf8\x88\x80\x80\x80",
+                               "\xfc\x84\x80\x80\x80\x80"}) {
+        EXPECT_EQ(decodeLyrics(std::string("[00:01]") + beyond + "\n", CharsetEnum::utf8), std::nullopt) << beyond;
+    }
+    EXPECT_EQ(decodeLyrics("\xf4\x8f\xbf\xbf", CharsetEnum::utf8), "\xf4\x8f\xbf\xbf") << "U+10FFFF is the last one";
+    EXPECT_EQ(decodeLyrics("\xef\xbf\xbe", CharsetEnum::utf8), "\xef\xbf\xbe") << "a noncharacter is still text";
+}
+
 TEST(CharsetEnumTest, ByteOrderMarkDecidesUnmarkedUtf16AndStaysInFixedOrderCases) {
     EXPECT_EQ(decodeLyrics("\xff\xfe\x41\x00"s, CharsetEnum::utf16), "A");
     EXPECT_EQ(decodeLyrics("\xfe\xff\x00\x41"s, CharsetEnum::utf16), "A");
