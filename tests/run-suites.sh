@@ -13,6 +13,16 @@ run() {
 }
 
 run "unit and integration tests" ctest --test-dir "$build" --output-on-failure -j2 --timeout 180
+
+# The sanitizer build (scripts/test.sh): the same tests, where any report ends the test with a failure,
+# then each fuzz target for a fixed time. Leak checking stays on: no test in CTest starts GTK or WebKit.
+san=${TUNELARK_SANITIZE_BUILD_DIR:-}
+if [[ -n $san && -d $san ]]; then
+  sanitizers=(env "ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}"
+    "UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}")
+  run "unit and integration tests with sanitizers" "${sanitizers[@]}" ctest --test-dir "$san" --output-on-failure -j2 --timeout 300
+  run "fuzz targets" "${sanitizers[@]}" "$root/fuzz/run.sh" "$san" "${TUNELARK_FUZZ_SECONDS:-45}"
+fi
 for suite in "$root"/tests/page/run.sh "$root"/tests/e2e/test_*.sh; do
   [[ -x $suite ]] && run "$(basename "$(dirname "$suite")")/$(basename "$suite")" "$suite" "$build"
 done
