@@ -111,7 +111,9 @@ TEST_F(PlaybackIntegrationTest, ChangingTheDefaultSinkPausesOnceAndSwitchingBack
     watch.start(queue);
     engine.get().playItem(fileUrlFromPath(longTone));
     ASSERT_TRUE(runMainLoopUntil([&] { return saw("setIsPlaying(true);"); }, 3s));
-    runMainLoopFor(300ms);
+    // Under load the pipeline may reach its playing state a while after the page was told.
+    ASSERT_TRUE(runMainLoopUntil(
+        [&] { return engine.get().mp3Player() != nullptr && engine.get().mp3Player()->isPlaying(); }, 5s));
     page.scripts.clear();
 
     ASSERT_TRUE(shell("pactl set-default-sink tl_sink_b"));
