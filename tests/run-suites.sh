@@ -21,7 +21,7 @@ if [[ -n $san && -d $san ]]; then
   sanitizers=(env "ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}"
     "UBSAN_OPTIONS=${UBSAN_OPTIONS:-print_stacktrace=1:halt_on_error=1}")
   run "unit and integration tests with sanitizers" "${sanitizers[@]}" ctest --test-dir "$san" --output-on-failure -j2 --timeout 300
-  run "fuzz targets" "${sanitizers[@]}" "$root/fuzz/run.sh" "$san" "${TUNELARK_FUZZ_SECONDS:-45}"
+  run "fuzz targets" "${sanitizers[@]}" "$root/fuzz/run.sh" "$san" "${TUNELARK_FUZZ_SECONDS:-30}"
 fi
 for suite in "$root"/tests/page/run.sh "$root"/tests/e2e/test_*.sh; do
   [[ -x $suite ]] && run "$(basename "$(dirname "$suite")")/$(basename "$suite")" "$suite" "$build"
