@@ -41,13 +41,6 @@ bool canGoNext(const std::string& mode, const ListPlace& place) {
     return false;
 }
 
-// The name the page shows for the item (its file name up to the last "."), made here without the
-// console line that belongs to the start of the track.
-std::string titleOf(const std::string& fileName) {
-    const auto dot = fileName.rfind('.');
-    return dot == std::string::npos ? fileName : fileName.substr(0, dot);
-}
-
 bool canGoPrevious(const std::string& mode, const ListPlace& place) {
     if (mode == "cycle" || mode == "random" || mode == "sequence") return place.size > 0;
     return false;
@@ -122,7 +115,8 @@ BusDict PlayerStateReader::metadata(PlayerUtil* engine) {
     const std::string fileName =
         place.entry && place.entry->fileName ? *place.entry->fileName : lastComponentDecoded(filePath);
     values["xesam:url"] = filePath;
-    values["xesam:title"] = titleOf(fileName);
+    // The name the page shows, without the console line that belongs to the start of the track.
+    values["xesam:title"] = withoutExtension(fileName);
     if (auto seconds = duration()) {
         if (auto length = microseconds(*seconds)) values["mpris:length"] = *length;
     }

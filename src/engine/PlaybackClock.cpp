@@ -30,7 +30,7 @@ void PlaybackClock::tick() {
         return;
     }
     if (!player_.mp3Player() || timeline.timeLineArray.empty()) return;
-    std::optional<std::size_t> k = timeline.currentLine(player_.mp3Player()->position());
+    std::optional<std::size_t> k = timeline.currentLine(position);
     if (!k || *k >= timeline.wordLineArray.size() || !view) return;
     if (view->displayingRowNum == 1) {
         postLyricText(timeline.lineText(*k));

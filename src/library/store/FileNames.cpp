@@ -2,6 +2,8 @@
 
 #include "platform/Console.h"
 
+#include <algorithm>
+
 namespace tunelark {
 
 namespace {
@@ -78,11 +80,13 @@ std::string lastComponentDecoded(std::string_view url) {
     return percentDecode(slash == std::string_view::npos ? url : url.substr(slash + 1));
 }
 
+std::string withoutExtension(std::string_view fileName) {
+    return std::string(fileName.substr(0, std::min(fileName.rfind('.'), fileName.size())));
+}
+
 std::string displayName(std::string_view fileName) {
-    const auto dot = fileName.rfind('.');
-    if (dot == std::string_view::npos) return std::string(fileName);
-    std::string result(fileName.substr(0, dot));
-    consoleLine("mainFileName:::" + result);
+    std::string result = withoutExtension(fileName);
+    if (result.size() != fileName.size()) consoleLine("mainFileName:::" + result);
     return result;
 }
 

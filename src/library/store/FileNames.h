@@ -15,7 +15,9 @@ std::string pathFromFileUrl(std::string_view url);
 // The last path component of a URL or path, percent-decoded.
 std::string lastComponentDecoded(std::string_view url);
 
-// The file name up to its last "."; writes "mainFileName:::<result>" when the name holds a ".".
+// The file name up to its last "."; the whole name when it holds none.
+std::string withoutExtension(std::string_view fileName);
+// The same, writing "mainFileName:::<result>" when the name holds a ".".
 std::string displayName(std::string_view fileName);
 
 }  // namespace tunelark

@@ -219,6 +219,9 @@ void GstAudioPlayer::applyRate(float rate) {
 }
 
 void GstAudioPlayer::seekTo(double seconds) {
+    // A time beyond what the clock can hold (a lyric time in a track of unknown length) seeks to the end.
+    constexpr double kLatest = static_cast<double>(G_MAXINT64 / GST_SECOND);
+    seconds = std::clamp(seconds, 0.0, kLatest);
     auto target = static_cast<gint64>(seconds * GST_SECOND);
     gst_element_seek(pipeline_.get(), appliedRate_, GST_FORMAT_TIME,
                      static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), GST_SEEK_TYPE_SET,
