@@ -3,26 +3,11 @@
 #include "engine/PlaybackTexts.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
 #include <limits>
 
 namespace tunelark {
-
-namespace {
-
-// The order in which the page's mode change steps through the modes.
-constexpr std::array<const char*, 3> kModeCycle{"cycle", "random", "sequence"};
-
-std::optional<int> modePosition(const std::string& mode) {
-    for (std::size_t i = 0; i < kModeCycle.size(); ++i) {
-        if (mode == kModeCycle[i]) return static_cast<int>(i);
-    }
-    return std::nullopt;
-}
-
-}  // namespace
 
 std::string loopStatusForMode(const std::string& playMode) {
     return playMode == "cycle" || playMode == "random" ? "Playlist" : "None";
@@ -42,11 +27,10 @@ std::string modeForShuffle(bool shuffle, const std::string& playMode) {
 }
 
 std::optional<int> modeChangeSteps(const std::string& from, const std::string& to) {
-    auto start = modePosition(from);
-    auto end = modePosition(to);
+    auto start = playModeIndex(from);
+    auto end = playModeIndex(to);
     if (!start || !end) return std::nullopt;
-    const int count = static_cast<int>(kModeCycle.size());
-    return (*end - *start + count) % count;
+    return static_cast<int>((*end + kPlayModes.size() - *start) % kPlayModes.size());
 }
 
 std::optional<int> nearestSpeedIdx(double rate) {

@@ -30,4 +30,11 @@ std::optional<std::int64_t> sliderValue(double position, double duration) {
     return static_cast<std::int64_t>(value);
 }
 
+std::optional<std::size_t> playModeIndex(std::string_view mode) {
+    for (std::size_t i = 0; i < kPlayModes.size(); ++i) {
+        if (kPlayModes[i] == mode) return i;
+    }
+    return std::nullopt;
+}
+
 }  // namespace tunelark

@@ -11,6 +11,11 @@ namespace tunelark {
 inline constexpr std::array<std::string_view, 8> kSpeeds{"0.25", "0.5", "0.75", "1.0", "1.25", "1.50", "1.75", "2.0"};
 inline constexpr int kInitialSpeedIdx = 3;
 
+// The play modes in the order the mode button steps through them, the last followed by the first.
+inline constexpr std::array<std::string_view, 3> kPlayModes{"cycle", "random", "sequence"};
+// The place of a mode in kPlayModes; nothing for any other text.
+std::optional<std::size_t> playModeIndex(std::string_view mode);
+
 // kSpeeds[index] as a 32-bit float.
 float rateForSpeedIdx(int index);
 

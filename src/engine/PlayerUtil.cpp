@@ -183,13 +183,8 @@ void PlayerUtil::endOfTrack() {
 void PlayerUtil::changeMode() {
     MainVC* view = MainVC::shared;
     if (!view) return;
-    std::string& mode = view->playMode;
-    if (mode == "cycle") {
-        mode = "random";
-    } else if (mode == "random") {
-        mode = "sequence";
-    } else if (mode == "sequence") {
-        mode = "cycle";
+    if (auto index = playModeIndex(view->playMode)) {
+        view->playMode = std::string(kPlayModes[(*index + 1) % kPlayModes.size()]);
     }
     view->setMode();
 }
