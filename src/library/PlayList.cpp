@@ -1,6 +1,7 @@
 #include "library/PlayList.h"
 
 #include "bridge/MainVC.h"
+#include "bridge/MainWindowFrame.h"
 #include "bridge/PageCalls.h"
 #include "engine/lyrics/CharsetEnum.h"
 #include "library/store/FileNames.h"
@@ -85,10 +86,8 @@ void removeOrphans(Store& store, const Records<Mp3Entity>& audio, const Records<
 
 Rect centredOnMainScreen(const Screens& screens) {
     const auto all = screens.all();
-    if (all.empty()) return Rect{0, 0, PlayList::kWidth, PlayList::kHeight};
-    const Rect& main = all.front().frame;
-    return Rect{(main.width - PlayList::kWidth) / 2, (main.height - PlayList::kHeight) / 2, PlayList::kWidth,
-                PlayList::kHeight};
+    if (all.empty()) return Rect{0, 0, kMainWindowWidth, kMainWindowHeight};
+    return normalFrameCentredIn(all.front().frame);
 }
 
 }  // namespace
@@ -130,12 +129,12 @@ void PlayList::sendPlayList() {
 }
 
 void PlayList::showWindow(MainWindow& window, const Screens& screens) {
-    if (window.frame().width >= kSizedMinimumWidth) return;  // sized by an earlier showWindow
+    if (window.frame().width >= kMainWindowSizedWidth) return;  // sized by an earlier showWindow
     consoleLine("isVisible == false");
     MainVC* view = MainVC::shared;
     if (view != nullptr) view->loaded = true;
     window.setFrame(centredOnMainScreen(screens));
-    window.setMinimumSize(kWidth, kHeight);
+    window.setMinimumSize(kMainWindowWidth, kMainWindowHeight);
     // The window stays unmapped until now, so showing it belongs to its first sizing.
     window.show();
     consoleLine("启动时，清理一次已存储的播放单文件列表中不需要的lrc文件内容，并发送文件列表给UI");

@@ -18,11 +18,6 @@ struct PlayListRecords {
 // play-list message, and the first showing of the main window that starts the exchange. Main thread only.
 class PlayList {
 public:
-    static constexpr double kWidth = 1200;
-    static constexpr double kHeight = 600;
-    // A main window narrower than this has not been given its size yet.
-    static constexpr double kSizedMinimumWidth = 100;
-
     PlayList(Store& store, MainQueue& queue);
     PlayList(const PlayList&) = delete;
     PlayList& operator=(const PlayList&) = delete;

@@ -1,5 +1,7 @@
 #include "main_window/MainWC.h"
 
+#include "bridge/MainWindowFrame.h"
+
 #include <utility>
 
 namespace tunelark {
@@ -15,7 +17,7 @@ void MainWC::windowShouldClose() {
 }
 
 void MainWC::showWindow() {
-    if (window_.frame().width < kShownMinimumWidth) return;
+    if (window_.frame().width < kMainWindowSizedWidth) return;
     window_.show();
 }
 
@@ -41,8 +43,7 @@ Rect MainWC::maximiseTarget(const std::vector<Screen>& screens, Point pointer) {
 
 Rect MainWC::restoredFrame(const std::vector<Screen>& screens) {
     // Without any monitor, centre on the fallback area rather than on nothing.
-    const Rect main = screens.empty() ? kFallbackTarget : screens.front().frame;
-    return Rect{(main.width - kNormalWidth) / 2, (main.height - kNormalHeight) / 2, kNormalWidth, kNormalHeight};
+    return normalFrameCentredIn(screens.empty() ? kFallbackTarget : screens.front().frame);
 }
 
 }  // namespace tunelark

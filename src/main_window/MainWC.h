@@ -15,12 +15,8 @@ public:
     // The newest controller; set on creation, never cleared.
     static inline MainWC* shared = nullptr;
 
-    static constexpr double kNormalWidth = 1200;
-    static constexpr double kNormalHeight = 600;
     // Used as the maximise target when the pointer is on no screen.
     static constexpr Rect kFallbackTarget{0, 0, 1024, 768};
-    // A window narrower than this has not been given its size yet.
-    static constexpr double kShownMinimumWidth = 100;
 
     MainWC(MainWindow& window, const Screens& screens, ExitProcess exitProcess);
     MainWC(const MainWC&) = delete;
