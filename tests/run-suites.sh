@@ -1,21 +1,17 @@
 #!/usr/bin/env bash
-# Runs every suite against the build in $TUNELARK_BUILD_DIR; expects the session of with-session.sh.
+# Runs every suite against the build in $TUNELARK_BUILD_DIR, inside tests/support/with-session.sh.
 set -uo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${TUNELARK_BUILD_DIR:-$root/build}
 failed=()
-
-run() {
-  local name=$1
-  shift
-  echo "== $name"
-  if "$@"; then echo "== $name: passed"; else echo "== $name: FAILED"; failed+=("$name"); fi
+run() { # NAME COMMAND...
+  echo "== $1"
+  if "${@:2}"; then echo "== $1: passed"; else echo "== $1: FAILED"; failed+=("$1"); fi
 }
 
 run "unit and integration tests" ctest --test-dir "$build" --output-on-failure -j2 --timeout 180
-
-# The sanitizer build (scripts/test.sh): the same tests, where any report ends the test with a failure,
-# then each fuzz target for a fixed time. Leak checking stays on: no test in CTest starts GTK or WebKit.
+# The sanitizer build (scripts/test.sh): the same tests, any report a failure, then each fuzz target for a
+# fixed time. Leak checking stays on: no test in CTest starts GTK or WebKit.
 san=${TUNELARK_SANITIZE_BUILD_DIR:-}
 if [[ -n $san && -d $san ]]; then
   sanitizers=(env "ASAN_OPTIONS=${ASAN_OPTIONS:-detect_leaks=1:abort_on_error=1}"
@@ -24,11 +20,7 @@ if [[ -n $san && -d $san ]]; then
   run "fuzz targets" "${sanitizers[@]}" "$root/fuzz/run.sh" "$san" "${TUNELARK_FUZZ_SECONDS:-30}"
 fi
 for suite in "$root"/tests/page/run.sh "$root"/tests/e2e/test_*.sh; do
-  [[ -x $suite ]] && run "$(basename "$(dirname "$suite")")/$(basename "$suite")" "$suite" "$build"
+  [[ -x $suite ]] && run "${suite#"$root"/tests/}" "$suite" "$build"
 done
-
-if ((${#failed[@]})); then
-  echo "tunelark: failed suites: ${failed[*]}" >&2
-  exit 1
-fi
+((${#failed[@]})) && { echo "tunelark: failed suites: ${failed[*]}" >&2; exit 1; }
 echo "tunelark: all suites passed"

@@ -1,6 +1,5 @@
 #pragma once
 #include "bridge/MainVC.h"
-#include "engine/EngineDeps.h"
 #include "engine/PlayerUtil.h"
 #include "fakes/FakeAudioPlayer.h"
 #include "fakes/FakeDialogs.h"
@@ -15,36 +14,21 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
-#include <string>
-#include <vector>
 
 namespace tunelark::test {
 
-// A folder of its own under the system's temporary folder, removed afterwards.
-class TempDir {
-public:
-    TempDir() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "tl-engine-XXXXXX").string();
-        path_ = mkdtemp(pattern.data());
-    }
+struct TempDir {
+    std::string path = mkdtemp((std::filesystem::temp_directory_path() / "tl-test-XXXXXX").string().data());
     ~TempDir() {
         std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        std::filesystem::remove_all(path, ignored);
     }
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    std::string file(const std::string& name) const { return path_ + "/" + name; }
-
-private:
-    std::string path_;
+    std::string file(const std::string& name) const { return path + "/" + name; }
 };
 
-inline void writeFile(const std::string& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
+inline void writeFile(const std::string& path, const std::string& bytes) { std::ofstream(path) << bytes; }
 
-// Scripts in the form the page receives them.
+// Page calls as the page receives them.
 inline std::string isPlaying(bool playing) { return playing ? "setIsPlaying(true);" : "setIsPlaying(false);"; }
 inline std::string playingPath(const std::string& p) { return "setPlayingFilePath(\"" + p + "\");"; }
 inline std::string current(const std::string& t) { return "setCurrent(\"" + t + "\");"; }
@@ -53,8 +37,7 @@ inline std::string slider(long long v) { return "setSliderCurrentValue(" + std::
 inline std::string mainFileName(const std::string& n) { return "setMainFileName(\"" + n + "\");"; }
 inline std::string speedText(const std::string& s) { return "setSpeed(\"" + s + "\");"; }
 
-// The engine on fakes of the platform, with a real store and real bookmarks of files in a temporary
-// folder, and a main view whose play list the test builds.
+// The engine's surroundings on fakes, with a real store and real bookmarks of files in a temporary folder.
 class EngineFixture : public ::testing::Test {
 protected:
     EngineFixture() {
@@ -63,64 +46,42 @@ protected:
         view->storedLrcEntities.emplace();
         device.id = 0xA;
     }
-
     PlayerDeps deps() {
-        return PlayerDeps{queue, store, dialogs, players, device, [] { return std::string("en-US"); },
-                          [this] { return nextRandom; }};
+        return {queue, store, dialogs, players, device, [] { return std::string("en-US"); },
+                [this] { return nextRandom; }};
     }
+    std::string url(const std::string& fileName) const { return fileUrlFromPath(dir.file(fileName)); }
 
-    // An audio entry for a new file, appended to the play list.
+    // A file holding the bytes, its stored entry, and that entry in the main view's list.
+    template <typename Entity>
+    std::shared_ptr<Entity> add(std::shared_ptr<Entity> entry, std::optional<Records<Entity>>& list,
+                                const std::string& fileName, const std::string& bytes) {
+        writeFile(dir.file(fileName), bytes);
+        entry->bookmark = makeBookmark(dir.file(fileName));
+        entry->fileName = fileName;
+        entry->filePath = url(fileName);
+        entry->mainPathFileName = getMainPathFileName(*entry->filePath);
+        list->push_back(entry);
+        return entry;
+    }
     std::shared_ptr<Mp3Entity> addSong(const std::string& fileName) {
-        std::string path = dir.file(fileName);
-        writeFile(path, "audio");
-        auto entry = store.insertMp3Entity();
-        entry->bookmark = makeBookmark(path);
-        entry->fileName = fileName;
-        entry->filePath = fileUrlFromPath(path);
-        entry->mainPathFileName = getMainPathFileName(*entry->filePath);
-        entry->no = static_cast<std::int16_t>(view->storedMp3Entities->size() + 1);
-        view->storedMp3Entities->push_back(entry);
+        auto entry = add(store.insertMp3Entity(), view->storedMp3Entities, fileName, "audio");
+        entry->no = std::int16_t(view->storedMp3Entities->size());
         store.saveNow();
         return entry;
     }
-
-    // An entry whose bookmark cannot be resolved at all.
-    std::shared_ptr<Mp3Entity> addLostSong(const std::string& fileName) {
-        auto entry = addSong(fileName);
-        entry->bookmark = Bytes{'n', 'o', 't', ' ', 'a', ' ', 'b', 'o', 'o', 'k', 'm', 'a', 'r', 'k'};
-        store.saveNow();
-        return entry;
-    }
-
     std::shared_ptr<LrcEntity> addLyrics(const std::string& fileName, const std::string& text,
-                                         std::optional<std::string> charset = std::nullopt) {
-        std::string path = dir.file(fileName);
-        writeFile(path, text);
-        auto entry = store.insertLrcEntity();
-        entry->bookmark = makeBookmark(path);
-        entry->fileName = fileName;
-        entry->filePath = fileUrlFromPath(path);
-        entry->mainPathFileName = getMainPathFileName(*entry->filePath);
+                                         std::optional<std::string> charset = {}) {
+        auto entry = add(store.insertLrcEntity(), view->storedLrcEntities, fileName, text);
         entry->charset = std::move(charset);
-        view->storedLrcEntities->push_back(entry);
         store.saveNow();
         return entry;
     }
-
-    // Renames the file behind an entry: its bookmark still resolves, but stale.
-    void moveAside(const std::string& fileName) {
-        std::filesystem::rename(dir.file(fileName), dir.file("moved-" + fileName));
-    }
-
-    // Runs the queued page calls and alerts and hands over the scripts sent since the last call.
+    // Runs the queued page calls and alerts; returns the scripts sent since the last call.
     std::vector<std::string> sent() {
         queue.drain();
-        std::vector<std::string> scripts;
-        scripts.swap(page.scripts);
-        return scripts;
+        return std::exchange(page.scripts, {});
     }
-
-    std::vector<std::string> timelineTexts(PlayerUtil& player) { return player.timeline().wordLineArray; }
 
     TempDir dir;
     FakeMainQueue queue;

@@ -9,16 +9,8 @@ namespace tunelark::test {
 // Records the signals an exported object sends.
 class FakeBusSignals : public BusSignals {
 public:
-    struct Changed {
-        std::string interfaceName;
-        BusProperties values;
-    };
-    struct Signal {
-        std::string interfaceName;
-        std::string name;
-        std::vector<BusValue> args;
-    };
-
+    struct Changed { std::string interfaceName; BusProperties values; };
+    struct Signal { std::string interfaceName, name; std::vector<BusValue> args; };
     void propertiesChanged(const std::string& interfaceName, const BusProperties& values) override {
         changes.push_back({interfaceName, values});
     }
@@ -26,7 +18,6 @@ public:
                     const std::vector<BusValue>& args) override {
         emitted.push_back({interfaceName, name, args});
     }
-
     std::vector<Changed> changes;
     std::vector<Signal> emitted;
 };

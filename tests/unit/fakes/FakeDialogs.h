@@ -2,19 +2,19 @@
 #include "platform/Dialogs.h"
 
 #include <deque>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace tunelark::test {
 
-// Dialogs that record what they showed and answer as the test says.
-class FakeDialogs : public Dialogs {
-public:
+// Dialogs that record what they showed and answer as the test says; each open panel takes the next
+// queued answer, and with none left it is cancelled.
+struct FakeDialogs : Dialogs {
+    struct Question {
+        std::string message, informative;
+        std::vector<std::string> buttons;
+    };
     void alert(const std::string& message) override { alerts.push_back(message); }
-    int ask(const std::string& message, const std::string& informative,
-            const std::vector<std::string>& buttons) override {
-        questions.push_back({message, informative, buttons});
+    int ask(const std::string& message, const std::string& info, const std::vector<std::string>& buttons) override {
+        questions.push_back({message, info, buttons});
         return askAnswer;
     }
     bool presentError(const std::string& description) override {
@@ -29,16 +29,9 @@ public:
         return files;
     }
 
-    struct Question {
-        std::string message;
-        std::string informative;
-        std::vector<std::string> buttons;
-    };
-    std::vector<std::string> alerts;
+    std::vector<std::string> alerts, errors;
     std::vector<Question> questions;
-    std::vector<std::string> errors;
     std::vector<OpenPanelRequest> panels;
-    // Each open panel takes the next answer; with none left the panel is cancelled.
     std::deque<std::vector<std::string>> chosenFiles;
     int askAnswer = 0;
     bool errorResolved = false;

@@ -1,10 +1,8 @@
 #pragma once
 #include "platform/MainQueue.h"
 
-#include <chrono>
+#include <algorithm>
 #include <deque>
-#include <functional>
-#include <memory>
 #include <vector>
 
 namespace tunelark::test {
@@ -13,63 +11,49 @@ namespace tunelark::test {
 class FakeMainQueue : public MainQueue {
 public:
     void post(std::function<void()> task) override { tasks_.push_back(std::move(task)); }
-
     std::unique_ptr<RepeatingTimer> startRepeating(std::chrono::milliseconds interval,
                                                    std::function<void()> action) override {
-        auto entry = std::make_shared<TimerEntry>(TimerEntry{interval, interval, std::move(action), true});
-        timers_.push_back(entry);
-        return std::make_unique<Handle>(entry);
+        timers_.push_back(std::make_shared<Timer>(Timer{interval, interval, std::move(action), true}));
+        return std::make_unique<Handle>(timers_.back());
     }
-
-    // Runs queued tasks, including the ones they post, until the queue is empty; returns how many ran.
+    // Runs tasks, including the ones they post, until none is left; returns how many ran.
     int drain() {
         int count = 0;
-        while (!tasks_.empty()) {
+        for (; !tasks_.empty(); ++count) {
             auto task = std::move(tasks_.front());
             tasks_.pop_front();
             task();
-            ++count;
         }
         return count;
     }
-
-    // Moves the clock, firing each live timer as often as its interval fits, draining after each fire.
+    // Moves the clock in 1 ms steps, firing each due live timer and draining after each fire.
     void advance(std::chrono::milliseconds by) {
-        for (auto step = std::chrono::milliseconds(0); step < by; step += std::chrono::milliseconds(1)) {
+        for (auto ms = by.count(); ms > 0; --ms) {
             for (std::size_t i = 0; i < timers_.size(); ++i) {
                 auto timer = timers_[i];
-                if (!timer->live) continue;
-                timer->remaining -= std::chrono::milliseconds(1);
-                if (timer->remaining.count() <= 0) {
-                    timer->remaining = timer->interval;
-                    timer->action();
-                    drain();
-                }
+                if (!timer->live || (timer->remaining -= std::chrono::milliseconds(1)).count() > 0) continue;
+                timer->remaining = timer->interval;
+                timer->action();
+                drain();
             }
         }
     }
-
     std::size_t pending() const { return tasks_.size(); }
-    int liveTimers() const {
-        int n = 0;
-        for (auto& t : timers_) n += t->live ? 1 : 0;
-        return n;
-    }
+    int liveTimers() const { return int(std::count_if(timers_.begin(), timers_.end(), [](auto& t) { return t->live; })); }
 
 private:
-    struct TimerEntry {
-        std::chrono::milliseconds interval;
-        std::chrono::milliseconds remaining;
+    struct Timer {
+        std::chrono::milliseconds interval, remaining;
         std::function<void()> action;
         bool live;
     };
     struct Handle : RepeatingTimer {
-        explicit Handle(std::shared_ptr<TimerEntry> e) : entry(std::move(e)) {}
-        ~Handle() override { entry->live = false; }
-        std::shared_ptr<TimerEntry> entry;
+        explicit Handle(std::shared_ptr<Timer> t) : timer(std::move(t)) {}
+        ~Handle() override { timer->live = false; }
+        std::shared_ptr<Timer> timer;
     };
     std::deque<std::function<void()>> tasks_;
-    std::vector<std::shared_ptr<TimerEntry>> timers_;
+    std::vector<std::shared_ptr<Timer>> timers_;
 };
 
 }  // namespace tunelark::test

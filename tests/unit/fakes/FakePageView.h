@@ -13,19 +13,14 @@ class FakePageView : public PageView {
 public:
     void evaluate(const std::string& script) override { scripts.push_back(script); }
     void registerHandler(const std::string& name, std::function<void(const std::string&)> handler) override {
-        order.push_back(name);
         handlers[name] = std::move(handler);
     }
-    // Posts a message; false when no handler has that name (the page-side post would fail).
+    // False when no handler has that name, as the page's post would fail.
     bool post(const std::string& name, const std::string& bodyJson) {
-        auto it = handlers.find(name);
-        if (it == handlers.end()) return false;
-        it->second(bodyJson);
-        return true;
+        const auto it = handlers.find(name);
+        return it != handlers.end() && (it->second(bodyJson), true);
     }
-
     std::vector<std::string> scripts;
-    std::vector<std::string> order;
     std::map<std::string, std::function<void(const std::string&)>> handlers;
 };
 

@@ -1,300 +1,194 @@
-#include "library/PlayList.h"
-
 #include "bridge/JsCallReader.h"
-#include "bridge/MainVC.h"
+#include "engine/Engine.h"
+#include "engine/EngineFixture.h"
 #include "engine/lyrics/CharsetEnum.h"
-#include "fakes/FakeMainQueue.h"
 #include "fakes/FakeMainWindow.h"
-#include "fakes/FakePageView.h"
-#include "library/store/FileNames.h"
+#include "library/AddFiles.h"
+#include "library/PlayListEditor.h"
+#include "library/store/Settings.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
-#include <cstdlib>
-#include <filesystem>
 #include <sstream>
 
-namespace tunelark {
+namespace tunelark::test {
 namespace {
 
-using test::JsCallReader;
+using namespace ::testing;
 
-// A fresh folder for one test's store, removed afterwards.
-class ScratchFolder {
-public:
-    ScratchFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "tl-playlist-XXXXXX").string();
-        if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-        path_ = pattern;
-    }
-    ~ScratchFolder() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-    std::string file(const std::string& name) const { return (path_ / name).string(); }
-
-private:
-    std::filesystem::path path_;
-};
-
-std::vector<std::string> lines(const std::string& text) {
-    std::vector<std::string> result;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) result.push_back(line);
-    return result;
-}
-
-std::size_t count(const std::vector<std::string>& lines, const std::string& line) {
-    return static_cast<std::size_t>(std::count(lines.begin(), lines.end(), line));
-}
-
-class PlayListTest : public ::testing::Test {
+class PlayListTest : public EngineFixture {
 protected:
-    PlayListTest() { reopen(); }
-
-    void reopen() {
-        playList.reset();
-        store.reset();
-        store = std::make_unique<Store>(dir.file("Tunelark.sqlite"), queue);
-        playList = std::make_unique<PlayList>(*store, queue);
+    std::string file(const std::string& name) {
+        writeFile(dir.file(name), "data");
+        return dir.file(name);
     }
-
-    std::shared_ptr<Mp3Entity> addAudio(const std::string& url, int no) {
-        auto entity = store->insertMp3Entity();
-        entity->fileName = lastComponentDecoded(url);
-        entity->filePath = url;
-        entity->mainPathFileName = getMainPathFileName(url);
-        entity->no = static_cast<std::int16_t>(no);
-        return entity;
+    std::shared_ptr<Mp3Entity> audio(const std::string& name) {
+        for (auto& e : store.fetchMp3Entities().value_or(Records<Mp3Entity>{}))
+            if (e->fileName == name) return e;
+        return nullptr;
     }
-
-    std::shared_ptr<LrcEntity> addLyric(const std::string& url, std::optional<std::string> charset = "utf8") {
-        auto entity = store->insertLrcEntity();
-        entity->fileName = lastComponentDecoded(url);
-        entity->filePath = url;
-        entity->mainPathFileName = getMainPathFileName(url);
-        entity->charset = std::move(charset);
-        return entity;
-    }
-
-    void save() { ASSERT_EQ(store->saveNow(), std::nullopt); }
-
-    std::vector<std::string> storedLyricPaths() {
-        std::vector<std::string> paths;
-        const auto fetched = store->fetchLrcEntities();
-        for (const auto& e : fetched.value()) paths.push_back(*e->filePath);
-        std::sort(paths.begin(), paths.end());
-        return paths;
-    }
-
-    // Runs an action with stdout captured; returns its lines.
-    template <typename Action>
-    std::vector<std::string> console(Action action) {
-        ::testing::internal::CaptureStdout();
-        action();
-        return lines(::testing::internal::GetCapturedStdout());
-    }
-
-    ScratchFolder dir;
-    test::FakeMainQueue queue;
-    test::FakePageView page;
-    MainVC view{queue, &page};
-    std::unique_ptr<Store> store;
-    std::unique_ptr<PlayList> playList;
+    int sends = 0;
+    Engine engine{deps()};
+    PlayList playList{store, queue};
+    PlayListEditor editor{store, queue, playList, engine};
+    AddFiles add{store, dialogs, queue, [this] { ++sends; }};
 };
 
-TEST_F(PlayListTest, NumbersByPositionWithEqualPositionsInFetchOrder) {
-    addAudio("file:///M/five.mp3", 5);
-    addAudio("file:///M/twoA.mp3", 2);
-    addAudio("file:///M/twoB.mp3", 2);
-    addAudio("file:///M/nine.mp3", 9);
-    save();
-    std::vector<std::string> twosInFetchOrder;
-    const auto fetched = store->fetchMp3Entities();
-    for (const auto& e : fetched.value())
-        if (e->no == 2) twosInFetchOrder.push_back(*e->fileName);
-
-    std::optional<PlayListRecords> records;
-    console([&] { records = playList->loadPlayList(); });
-    ASSERT_TRUE(records);
-    std::vector<std::string> names;
-    for (const auto& item : records->mp3FileItems) {
-        names.push_back(item.fileName);
-        EXPECT_EQ(item.no, static_cast<int>(names.size()));
-        EXPECT_EQ(item.duration, "");
-    }
-    EXPECT_EQ(names, (std::vector<std::string>{twosInFetchOrder[0], twosInFetchOrder[1], "five.mp3", "nine.mp3"}));
-
-    ASSERT_TRUE(view.storedMp3Entities);
-    ASSERT_EQ(view.storedMp3Entities->size(), 4u);
-    EXPECT_EQ(*view.storedMp3Entities->at(2)->fileName, "five.mp3");
-
-    queue.drain();  // the queued save
-    reopen();
-    std::vector<std::pair<std::string, int>> stored;
-    const auto refetched = store->fetchMp3Entities();
-    for (const auto& e : refetched.value()) stored.emplace_back(*e->fileName, e->no);
-    std::sort(stored.begin(), stored.end(), [](auto& a, auto& b) { return a.second < b.second; });
-    EXPECT_EQ(stored, (std::vector<std::pair<std::string, int>>{
-                          {twosInFetchOrder[0], 1}, {twosInFetchOrder[1], 2}, {"five.mp3", 3}, {"nine.mp3", 4}}));
-}
-
-TEST_F(PlayListTest, LyricEntriesWithoutTheirAudioAreDeletedAfterThisLoadsMessage) {
-    addAudio("file:///M/song.mp3", 1);
-    addAudio("file:///M/a.mp3", 2);
-    addAudio("file:///M/twice.mp3", 3);
-    addAudio("file:///M/twice.MP3", 4);
-    addLyric("file:///M/song.lrc");
-    addLyric("file:///M/a.LRC");
-    addLyric("file:///M/twice.lrc");
-    addLyric("file:///Other/song.lrc");
-    addLyric("file:///M/Song.lrc");
-    save();
-
-    std::optional<PlayListRecords> records;
-    const auto log = console([&] { records = playList->loadPlayList(); });
-    ASSERT_TRUE(records);
-    EXPECT_EQ(records->lrcFileItems.size(), 5u) << "this load still carries the orphans";
-    EXPECT_EQ(count(log, "file:///M/song.lrc:found"), 1u);
-    EXPECT_EQ(count(log, "file:///M/a.LRC:found"), 1u);
-    EXPECT_EQ(count(log, "file:///M/twice.lrc:found"), 2u) << "one line per matching audio entry";
-    EXPECT_EQ(count(log, "file:///Other/song.lrc:not found"), 1u);
-    EXPECT_EQ(count(log, "file:///M/Song.lrc:not found"), 1u);
-    EXPECT_EQ(count(log, "lrcEntity.mainPathFileName!:::file:///M/Song"), 1u);
-    EXPECT_EQ(count(log, "fileName:::song.mp3"), 1u);
-    EXPECT_EQ(count(log, "filePath:::file:///M/song.mp3"), 1u);
-    EXPECT_EQ(view.storedLrcEntities->size(), 5u) << "the main view keeps what this load fetched";
-
+TEST_F(PlayListTest, AddedAudioIsNumberedAfterTheStoredInUrlOrderAndPairedWithItsLyrics) {
+    add.run();
+    EXPECT_EQ(dialogs.panels.at(0).message, "Please Choose the mp3 file(s) and the lrc file(s):");
+    add.addPaths({file("old.mp3")});
+    dialogs.chosenFiles.push_back({file("song.mp3"), file("song.lrc"), file("b.mp3"), file("A.MP3"), file("c.jpg")});
+    add.run();
     queue.drain();
-    reopen();
-    EXPECT_EQ(storedLyricPaths(),
-              (std::vector<std::string>{"file:///M/a.LRC", "file:///M/song.lrc", "file:///M/twice.lrc"}));
-    EXPECT_EQ(playList->loadPlayList()->lrcFileItems.size(), 3u);
+    EXPECT_EQ(sends, 2) << "none for the cancelled panel";
+    EXPECT_EQ((std::vector<int>{audio("A.MP3")->no, audio("b.mp3")->no, audio("song.mp3")->no}),
+              (std::vector<int>{2, 3, 4}));
+    EXPECT_EQ(store.fetchMp3Entities()->size(), 4u);
+    auto lyrics = *store.fetchLrcEntities();
+    ASSERT_EQ(lyrics.size(), 1u);
+    EXPECT_TRUE(lyrics[0]->charset == "utf8" && lyrics[0]->mainPathFileName == audio("song.mp3")->mainPathFileName);
+    EXPECT_FALSE(store.hasChanges());
 }
 
-TEST_F(PlayListTest, SendsTheRecordsAsEscapedJsonInFieldOrder) {
-    addAudio("file:///M/%E6%AD%8C.mp3", 7);
-    addLyric("file:///M/%E6%AD%8C.lrc", std::nullopt);
-    save();
-
-    const auto log = console([&] { playList->sendPlayList(); });
-    const std::string mp3 =
-        R"([{\"fileName\":\"歌.mp3\",\"filePath\":\"file:///M/%E6%AD%8C.mp3\",\"no\":1,\"duration\":\"\",)"
-        R"(\"mainPathFileName\":\"file:///M/%E6%AD%8C\"}])";
-    const std::string lrc =
-        R"([{\"fileName\":\"歌.lrc\",\"filePath\":\"file:///M/%E6%AD%8C.lrc\",\"charset\":\"utf8\",)"
-        R"(\"mainPathFileName\":\"file:///M/%E6%AD%8C\"}])";
-    ASSERT_EQ(page.scripts.size(), 1u);
-    EXPECT_EQ(page.scripts[0], "setPlayList(\"" + mp3 + "\",\"" + lrc + "\");");
-    EXPECT_EQ(count(log, "native mp3FileItemsJsonString::::" + mp3), 1u);
-    EXPECT_EQ(count(log, "native lrcFileItemsJsonString::::" + lrc), 1u);
+TEST_F(PlayListTest, AddingAKnownFileAgainRefreshesItButKeepsNumberCharsetAndMark) {
+    add.addPaths({file("a.mp3"), file("b.mp3"), file("b.lrc")});
+    auto b = audio("b.mp3");
+    b->canNotUseNow = true;
+    b->duration = "03:00";
+    b->bookmark = Bytes{1, 2, 3};
+    store.fetchLrcEntities()->at(0)->charset = "GB18030";
+    add.addPaths({file("b.mp3"), file("b.lrc")});
+    EXPECT_EQ(store.fetchMp3Entities()->size(), 2u);
+    EXPECT_TRUE(b->no == 2 && b->canNotUseNow && b->duration == "00:00" && b->bookmark != Bytes({1, 2, 3}));
+    EXPECT_EQ(store.fetchLrcEntities()->at(0)->charset, "GB18030");
 }
 
-TEST_F(PlayListTest, HostileFileNamesReachThePageAsTheSameJson) {
-    const std::string hostile = "he said \"hi\" \\ </script>\n\xE2\x80\xA8 caf\xC3\xA9 \xFF.mp3";
-    auto entity = addAudio("file:///M/x.mp3", 1);
-    entity->fileName = hostile;
-    save();
-
-    console([&] { playList->sendPlayList(); });
-    ASSERT_EQ(page.scripts.size(), 1u);
-    auto call = JsCallReader::read(page.scripts[0]);
-    ASSERT_TRUE(call) << page.scripts[0];
-    ASSERT_EQ(call->arguments.size(), 2u);
-    const auto items = nlohmann::json::parse(call->arguments[0]);
-    const std::string expected = "he said \"hi\" \\ </script>\n\xE2\x80\xA8 caf\xC3\xA9 \xEF\xBF\xBD.mp3";
-    EXPECT_EQ(items.at(0).at("fileName"), expected);
-    EXPECT_EQ(call->arguments[1], "[]");
+TEST_F(PlayListTest, AudioBeyondTheLargestNumberIsRefusedWithOneAlert) {
+    for (int i = 1; i < AddFiles::kMaxNo; ++i) store.insertMp3Entity()->no = std::int16_t(i);
+    add.addPaths({file("a.mp3"), file("b.mp3"), file("c.mp3"), file("c.lrc")});
+    EXPECT_EQ(audio("a.mp3")->no, AddFiles::kMaxNo);
+    EXPECT_TRUE(audio("b.mp3") == nullptr && audio("c.mp3") == nullptr);
+    EXPECT_THAT(dialogs.alerts, ElementsAre(HasSubstr("32767")));
+    EXPECT_EQ(store.fetchLrcEntities()->size(), 1u) << "lyric files need no number";
 }
 
-TEST_F(PlayListTest, SendsExactlyTheEmptyFormWithoutAudio) {
-    console([&] { playList->sendPlayList(); });
-    addLyric("file:///M/orphan.lrc");
-    save();
-    const auto log = console([&] { playList->sendPlayList(); });
-    EXPECT_EQ(page.scripts, (std::vector<std::string>(2, "setPlayList(\"[]\",\"[]\");")));
-    EXPECT_EQ(count(log, "file:///M/orphan.lrc:not found"), 1u);
+TEST_F(PlayListTest, MoveRenumbersUpAndDownWithoutTellingThePage) {
+    auto a = addSong("a.mp3"), b = addSong("b.mp3"), c = addSong("c.mp3"), d = addSong("d.mp3");
+    editor.moveItem(1, 3);
+    EXPECT_EQ((std::vector<int>{a->no, b->no, c->no, d->no}), (std::vector<int>{3, 1, 2, 4}));
+    EXPECT_EQ(view->storedMp3Entities->front(), b) << "the view's list follows";
+    editor.moveItem(4, 1);
+    EXPECT_EQ((std::vector<int>{a->no, b->no, c->no, d->no}), (std::vector<int>{4, 2, 3, 1}));
+    EXPECT_THAT(sent(), IsEmpty());
+    EXPECT_FALSE(store.hasChanges());
+}
+
+TEST_F(PlayListTest, RemovingTheCurrentTrackHandsOverByModeAndKeepsItPlayingOrPaused) {
+    for (const char* name : {"a.mp3", "b.mp3", "c.mp3"}) addSong(name);
+    addLyrics("a.lrc", "[00:01.00]one\n");
+    engine.get().playItem(url("a.mp3"));
+    editor.remove(url("a.mp3"));
+    EXPECT_THAT(sent(), Contains(HasSubstr("setPlayList(")));
+    EXPECT_TRUE(view->playingFilePath == url("b.mp3") && players.last()->playing);
+    EXPECT_THAT(*store.fetchLrcEntities(), IsEmpty()) << "its lyrics go with it";
+    EXPECT_EQ(view->storedMp3Entities->front()->no, 1) << "the rest is numbered from 1";
+    engine.get().pause();
+    sent();
+    editor.remove(url("b.mp3"));
+    auto scripts = sent();
+    EXPECT_TRUE(view->playingFilePath == url("c.mp3") && !players.last()->playing);
+    EXPECT_THAT(scripts, Contains(isPlaying(false)));
+    EXPECT_EQ(scripts.back().rfind("setPlayList(", 0), 0u);
+}
+
+TEST_F(PlayListTest, ClearStopsSendsTheFiveResetsAndTheEmptyListAndKeepsSettings) {
+    addSong("a.mp3");
+    addLyrics("a.lrc", "[00:01.00]one\n");
+    store.insertSettingsEntity()->key = std::string(kOneRowFontSizeKey);
+    engine.get().playItem(url("a.mp3"));
+    sent();
+    editor.clear();
+    EXPECT_THAT(sent(), UnorderedElementsAre(current("-1"), durationText("-1"), mainFileName(""), isPlaying(false),
+                                             playingPath(""), "setPlayList(\"[]\",\"[]\");"));
+    EXPECT_TRUE(!players.last()->playing && players.last()->position == 0 && view->playingFilePath.empty());
+    EXPECT_TRUE(store.fetchMp3Entities()->empty() && store.fetchLrcEntities()->empty());
+    EXPECT_EQ(store.fetchSettingsEntities()->size(), 1u);
+}
+
+TEST_F(PlayListTest, ACharsetIsStoredAsGivenAndThePlayingTracksLyricsReloadAtOnce) {
+    addSong("a.mp3");
+    auto lyrics = addLyrics("a.lrc", "[00:01.00]\xC4\xE3\xBA\xC3\n", "utf8");  // "你好" in GB18030
+    engine.get().playItem(url("a.mp3"));
+    EXPECT_TRUE(engine.get().timeline().empty());
+    editor.setCharset(*lyrics->mainPathFileName, "GB18030");
+    EXPECT_THAT(engine.get().timeline().wordLineArray, ElementsAre("你好"));
+    EXPECT_THAT(sent(), Not(Contains(HasSubstr("setPlayList("))));
+    EXPECT_FALSE(store.hasChanges());
+    editor.setCharset(*lyrics->mainPathFileName, "not-a-charset");
+    EXPECT_EQ(lyrics->charset, "not-a-charset");
+}
+
+TEST_F(PlayListTest, ALoadRenumbersByPositionWithEqualOnesInFetchOrderAndDropsLyricsOfNoAudioAfterIt) {
+    for (auto [name, no] : {std::pair{"five.mp3", 5}, {"twoA.mp3", 2}, {"twoB.mp3", 2}, {"five.MP3", 7}})
+        addSong(name)->no = std::int16_t(no);
+    for (auto name : {"five.lrc", "Five.lrc", "x.lrc"}) addLyrics(name, "");
+    std::vector<std::string> expected;
+    for (const auto& e : store.fetchMp3Entities().value_or(Records<Mp3Entity>{}))
+        if (e->no == 2) expected.push_back(*e->fileName);
+    expected.insert(expected.end(), {"five.mp3", "five.MP3"});
+
+    internal::CaptureStdout();
+    ASSERT_TRUE(playList.loadPlayList());
+    std::istringstream out(internal::GetCapturedStdout());
+    std::vector<std::string> log;
+    for (std::string line; std::getline(out, line);) log.push_back(line);
+    EXPECT_EQ(std::count(log.begin(), log.end(), url("five.lrc") + ":found"), 2) << "one per matching audio entry";
+    EXPECT_EQ(view->storedLrcEntities->size(), 3u) << "this load still carries the orphans";
     queue.drain();
-    EXPECT_TRUE(storedLyricPaths().empty());
+    FakeMainQueue otherQueue;
+    Store reopened(dir.file("Tunelark.sqlite"), otherQueue);
+    for (const auto& e : reopened.fetchMp3Entities().value_or(Records<Mp3Entity>{}))
+        EXPECT_EQ(expected.at(e->no - 1), *e->fileName);
+    EXPECT_EQ(reopened.fetchLrcEntities()->size(), 1u);
 }
 
-TEST_F(PlayListTest, AnEntryWithoutItsTextsSendsTheEmptyListAndChangesNothing) {
-    addAudio("file:///M/b.mp3", 9);
-    addAudio("file:///M/a.mp3", 4)->filePath.reset();
-    addLyric("file:///M/orphan.lrc");
-    save();
-
-    const auto log = console([&] { playList->sendPlayList(); });
-    EXPECT_EQ(page.scripts, (std::vector<std::string>{"setPlayList(\"[]\",\"[]\");"}));
-    EXPECT_FALSE(store->hasChanges());
-    EXPECT_EQ(storedLyricPaths(), (std::vector<std::string>{"file:///M/orphan.lrc"}));
-    EXPECT_FALSE(view.storedMp3Entities.has_value());
-    EXPECT_FALSE(log.empty()) << "the reason is logged";
+TEST_F(PlayListTest, HostileNamesReachThePageAsTheSameText) {
+    addSong("x.mp3")->fileName = "he said \"hi\" \\ </script>\n\xE2\x80\xA8 caf\xC3\xA9 \xFF.mp3";
+    playList.sendPlayList();
+    auto call = JsCallReader::read(page.scripts.at(0));
+    ASSERT_TRUE(call && call->arguments.size() == 2) << page.scripts[0];
+    EXPECT_EQ(nlohmann::json::parse(call->arguments[0]).at(0).at("fileName"),
+              "he said \"hi\" \\ </script>\n\xE2\x80\xA8 caf\xC3\xA9 \xEF\xBF\xBD.mp3");
 }
 
-TEST_F(PlayListTest, NothingIsSentWithoutAWebView) {
-    addAudio("file:///M/a.mp3", 1);
-    save();
-    view.wkWebView = nullptr;
-    console([&] { playList->sendPlayList(); });
-    EXPECT_TRUE(page.scripts.empty());
-}
-
-class ShowWindowTest : public PlayListTest {
-protected:
-    ShowWindowTest() { screens.screens.push_back(Screen{{0, 0, 1920, 1080}, {0, 0, 1920, 1050}}); }
-    test::FakeMainWindow window;
-    test::FakeScreens screens;
-};
-
-TEST_F(ShowWindowTest, FirstShowingSizesShowsAndSendsNamesThenQueuesListAndMode) {
-    addAudio("file:///M/a.mp3", 1);
-    save();
-    const auto log = console([&] { playList->showWindow(window, screens); });
-
-    ASSERT_GE(log.size(), 3u);
-    EXPECT_EQ(log.front(), "isVisible == false");
-    EXPECT_EQ(count(log, "启动时，清理一次已存储的播放单文件列表中不需要的lrc文件内容，并发送文件列表给UI"), 1u);
-    EXPECT_EQ(log.back().rfind("native allSupportedCharsetNamesJsonString::::[\\\"utf8\\\",\\\"utf16\\\",", 0), 0u);
-    EXPECT_TRUE(view.loaded);
+TEST_F(PlayListTest, TheFirstShowingSendsTheNamesAtOnceThenQueuesListAndModeAndALaterOneNothing) {
+    FakeMainWindow window;
+    FakeScreens screens;
+    screens.screens.push_back(Screen{{0, 0, 1920, 1080}, {0, 0, 1920, 1050}});
+    addSong("a.mp3");
+    const auto names = allCharsetNames();
+    internal::CaptureStdout();
+    playList.showWindow(window, screens);
+    const std::string log = internal::GetCapturedStdout();
+    EXPECT_EQ(log.rfind("isVisible == false\n", 0), 0u);
+    EXPECT_THAT(log, HasSubstr("\n启动时，清理一次已存储的播放单文件列表中不需要的lrc文件内容，并发送文件列表给UI\n"));
+    EXPECT_THAT(log, HasSubstr("\nnative allSupportedCharsetNamesJsonString::::[\\\"utf8\\\",\\\"utf16\\\","));
     EXPECT_EQ(window.frames, (std::vector<Rect>{{360, 240, 1200, 600}}));
-    EXPECT_EQ(window.minimumSize, (Rect{0, 0, 1200, 600}));
-    EXPECT_TRUE(window.visible);
-
-    ASSERT_EQ(page.scripts.size(), 1u) << "the names go at once, the rest is queued";
-    EXPECT_EQ(page.scripts[0].rfind("setAllSupportedCharsetNames(\"[\\\"utf8\\\",\\\"utf16\\\",", 0), 0u);
+    EXPECT_TRUE(view->loaded && window.visible && window.minimumSize == (Rect{0, 0, 1200, 600}));
+    ASSERT_EQ(page.scripts.size(), 1u) << "the names go at once";
     auto call = JsCallReader::read(page.scripts[0]);
-    ASSERT_TRUE(call);
-    std::vector<std::string> names;
-    console([&] { names = allCharsetNames(); });
+    ASSERT_TRUE(call && call->function == "setAllSupportedCharsetNames");
     EXPECT_EQ(nlohmann::json::parse(call->arguments.at(0)).get<std::vector<std::string>>(), names);
 
-    view.playMode = "random";  // the mode is read when its call is built
-    console([&] { queue.drain(); });
-    ASSERT_EQ(page.scripts.size(), 3u);
-    std::vector<std::string> queued(page.scripts.begin() + 1, page.scripts.end());
-    std::sort(queued.begin(), queued.end());
-    EXPECT_EQ(queued[0], "setMode(\"random\");");
-    EXPECT_EQ(queued[1].rfind("setPlayList(\"[{\\\"fileName\\\":\\\"a.mp3\\\"", 0), 0u);
-}
-
-TEST_F(ShowWindowTest, ALaterShowingDoesNothing) {
-    console([&] {
-        playList->showWindow(window, screens);
-        queue.drain();
-    });
-    const auto scripts = page.scripts.size();
-    const auto log = console([&] { playList->showWindow(window, screens); });
-    EXPECT_TRUE(log.empty());
-    EXPECT_EQ(queue.pending(), 0u);
-    EXPECT_EQ(page.scripts.size(), scripts);
-    EXPECT_EQ(window.frames.size(), 1u);
-    EXPECT_EQ(window.showCount, 1);
+    view->playMode = "random";  // read when its call is built
+    queue.drain();
+    playList.showWindow(window, screens);
+    EXPECT_EQ(queue.pending(), 0u) << "a later showing does nothing";
+    EXPECT_THAT(std::vector(page.scripts.begin() + 1, page.scripts.end()),
+                UnorderedElementsAre("setMode(\"random\");", StartsWith("setPlayList(\"[{")));
 }
 
 }  // namespace
-}  // namespace tunelark
+}  // namespace tunelark::test

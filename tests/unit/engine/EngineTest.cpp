@@ -1,0 +1,226 @@
+#include "EngineFixture.h"
+#include "engine/Engine.h"
+#include "engine/OutputDeviceWatch.h"
+#include "engine/PlaybackClock.h"
+#include "engine/PlaybackTexts.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+
+#include <cmath>
+
+namespace tunelark::test {
+namespace {
+
+using namespace ::testing;
+
+class EngineTest : public EngineFixture {
+protected:
+    EngineTest() { seams.mainWindowVisible = [this] { return shown; }; }
+    // A playing track of 200 s with lyric lines at 10, 20, 30 and 40 s.
+    std::shared_ptr<FakeTrack> start() {
+        addSong("song.mp3");
+        addLyrics("song.lrc", "[00:10.00]A\n[00:20.00]B\n[00:30.00]C\n[00:40.00]D\n");
+        player.playItem(url("song.mp3"));
+        sent();
+        return players.last();
+    }
+    bool shown = true;
+    PlayerUtil player{deps(), seams};
+    PlaybackClock clock{player};
+};
+
+// Only Play item sends the slider on a start; only Play sends an empty name on a failure.
+TEST_F(EngineTest, PlayAndPlayItemReportStartsAndFailuresInTheirOwnOrder) {
+    auto lost = addSong("lost.mp3");
+    lost->bookmark = Bytes{'x'};
+    addSong("a.b.mp3");
+    player.play();
+    EXPECT_THAT(sent(), ElementsAre(isPlaying(true), playingPath(url("a.b.mp3")), current("00:00"),
+                                    durationText("03:20"), mainFileName("a.b")));
+    EXPECT_THAT(dialogs.alerts,
+                ElementsAre("You need to redo Add Operation for mp3:lost.mp3 (" + url("lost.mp3") + ")"));
+    EXPECT_TRUE(lost->canNotUseNow && !store.hasChanges());
+    player.play();
+    EXPECT_THAT(sent(), IsEmpty()) << "already playing";
+    addSong("c.mp3");
+    player.playItem(url("c.mp3"));
+    EXPECT_THAT(sent(), ElementsAre(isPlaying(false), playingPath(url("c.mp3")), isPlaying(true),
+                                    playingPath(url("c.mp3")), current("00:00"), durationText("03:20"), slider(0),
+                                    mainFileName("c")));
+
+    addSong("bad.mp3");
+    players.refusingPlay.insert(dir.file("bad.mp3"));
+    player.playItem(url("bad.mp3"));
+    EXPECT_THAT(sent(), ElementsAre(isPlaying(false), playingPath(url("bad.mp3")), current("-1"), durationText("-1"),
+                                    playingPath(url("bad.mp3")), isPlaying(false), slider(0), mainFileName("bad")));
+    player.play();
+    EXPECT_THAT(sent(), ElementsAre(playingPath(""), isPlaying(false), current("-1"), durationText("-1"), slider(0),
+                                    mainFileName(""))) << "nothing follows the last item";
+}
+
+struct Step {  // by Next or Previous from an item to an item; -1: no current item, or nothing happens
+    const char* mode;
+    int from, to;
+    bool next;
+};
+class StepByModeTest : public EngineTest, public WithParamInterface<Step> {};
+
+TEST_P(StepByModeTest, PlaysTheItemOfTheMode) {
+    const Step& c = GetParam();
+    const std::string names[] = {"a.mp3", "b.mp3", "c.mp3"};
+    for (const auto& name : names) addSong(name);
+    if (c.from >= 0) player.playItem(url(names[c.from]));
+    view->playMode = c.mode;
+    nextRandom = 7;  // 7 % 3 == 1
+    sent();
+    const auto opened = players.openedPaths.size();
+    c.next ? player.playNext() : player.playPrevious();
+    if (c.to < 0) EXPECT_TRUE(sent().empty() && players.openedPaths.size() == opened);
+    else if (c.to == c.from) EXPECT_THAT(sent(), ElementsAre(isPlaying(true))) << "the current item resumes";
+    else EXPECT_EQ(players.openedPaths.back(), dir.file(names[c.to]));
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, StepByModeTest,
+                         Values(Step{"cycle", 2, 0, true}, Step{"cycle", -1, 0, true}, Step{"cycle", 0, 2, false},
+                                Step{"cycle", -1, 2, false}, Step{"sequence", 2, -1, true},
+                                Step{"sequence", -1, -1, true}, Step{"sequence", 0, 0, false},
+                                Step{"sequence", -1, 2, false}, Step{"random", 1, 1, false},
+                                Step{"shuffle", 0, -1, true}),
+                         [](const TestParamInfo<Step>& info) {
+                             const Step& s = info.param;
+                             auto item = [](int i) { return i < 0 ? std::string("none") : std::to_string(i); };
+                             return std::string(s.mode) + (s.next ? "_next_" : "_previous_") + item(s.from) +
+                                    "_to_" + item(s.to);
+                         });
+
+TEST_F(EngineTest, TheEndOfATrackStepsByModeOnceAndALateEndOfAReplacedTrackIsDropped) {
+    player.playNext();  // an empty list: nothing to draw from
+    addSong("a.mp3");
+    addSong("b.mp3");
+    player.playItem(url("b.mp3"));
+    auto lateEnd = players.last()->onEnd;
+    players.last()->finish();
+    EXPECT_EQ(view->playingFilePath, url("a.mp3")) << "cycle wraps";
+    sent();
+    lateEnd();
+    EXPECT_THAT(sent(), IsEmpty());
+    view->playMode = "sequence";
+    player.playItem(url("b.mp3"));
+    sent();
+    auto track = players.last();
+    track->finish();
+    track->finish();
+    EXPECT_THAT(sent(), ElementsAre(isPlaying(false))) << "one end, and nothing after the last item";
+}
+
+TEST_F(EngineTest, TheDeviceWatchPausesOnceWhenTheDeviceChangesAndResumesOnlyOnItsReturn) {
+    Engine engine{deps()};
+    OutputDeviceWatch watch{engine, device};
+    watch.start(queue);
+    addSong("a.mp3");
+    engine.get().playItem(url("a.mp3"));
+    auto watchFor = [&](unsigned int id) {  // what the watch sends in 0.35 s, without the clock's ticks
+        sent();
+        device.id = id;
+        queue.advance(std::chrono::milliseconds(350));
+        auto s = sent();
+        std::erase_if(s, [](auto& c) { return c.rfind("setCurrent", 0) == 0 || c.rfind("setSlider", 0) == 0; });
+        return s;
+    };
+    EXPECT_THAT(watchFor(0xB), ElementsAre(isPlaying(false)));
+    EXPECT_THAT(watchFor(0xC), IsEmpty()) << "a second change neither pauses again nor resumes";
+    EXPECT_THAT(watchFor(0xA), ElementsAre(isPlaying(true)));
+}
+
+TEST_F(EngineTest, LyricAlertsNameTheFileAndTheStoredCharsetAndTheWindowIsCleared) {
+    view->playingFilePath = url("a.mp3");
+    auto stale = addLyrics("a.lrc", "[00:01.00]still readable\n");
+    std::filesystem::rename(dir.file("a.lrc"), dir.file("renamed.lrc"));
+    player.loadLyrics();
+    queue.drain();
+    EXPECT_TRUE(player.timeline().empty() && stale->canNotUseNow && !store.hasChanges());
+    view->storedLrcEntities->clear();
+    lyricTexts.clear();
+    addLyrics("a.lrc", "[00:01.00]\xff\xfe broken\n", "GB18030");
+    player.loadLyrics();
+    queue.drain();
+    EXPECT_THAT(lyricTexts, ElementsAre(""));
+    EXPECT_THAT(dialogs.alerts, ElementsAre("You need to redo Add Operation for lrc:a.lrc (" + url("a.lrc") + ")",
+                                            "Can not open lrc file:a.lrc in charset:GB18030 (" + url("a.lrc") + ")"));
+
+    // Opening a named pipe for reading used to block the main thread forever.
+    view->storedLrcEntities->at(0)->charset.reset();
+    std::filesystem::remove(dir.file("a.lrc"));
+    ASSERT_EQ(mkfifo(dir.file("a.lrc").c_str(), 0644), 0);
+    player.loadLyrics();
+    queue.drain();
+    EXPECT_EQ(dialogs.alerts.back(), "Can not open lrc file:a.lrc in charset:utf8 (" + url("a.lrc") + ")");
+}
+
+TEST_F(EngineTest, TicksSendTheTimeTheSliderWhenItCanAndTheLinesOfTheRowMode) {
+    EXPECT_THAT((std::vector{timeText(83.9), timeText(3725), timeText(7500), timeText(-3), timeText(NAN)}),
+                ElementsAre("01:23", "62:05", "125:00", "00:00", "00:00"));
+    clock.tick();
+    EXPECT_THAT(sent(), ElementsAre(current("-1"))) << "no track";
+    auto track = start();
+    track->position = 50;
+    clock.tick();
+    EXPECT_THAT(sent(), ElementsAre(current("00:50"), slider(2500)));
+    shown = false;
+    clock.tick();
+    EXPECT_THAT(sent(), ElementsAre(current("00:50"))) << "main window hidden";
+    shown = true;
+    track->duration = NAN;
+    clock.tick();
+    EXPECT_THAT(sent(), ElementsAre(current("00:50"))) << "unusable duration";
+
+    lyricTexts.clear();
+    for (auto [rows, position] : {std::pair{2, 5.0}, {2, 35.0}, {3, 25.0}}) {
+        view->displayingRowNum = rows;
+        track->position = position;
+        clock.tick();
+    }
+    queue.drain();
+    EXPECT_THAT(lyricTexts, ElementsAre("A", "B\nC")) << "line 0 alone; 3 rows: none";
+}
+
+TEST_F(EngineTest, SpeedStopsAtBothEndsResumesOnlyAPlayingTrackAndCarriesToTheNext) {
+    auto track = start();
+    for (int i = 0; i < 5; ++i) clock.speedUp();
+    auto scripts = sent();
+    EXPECT_EQ(std::count(scripts.begin(), scripts.end(), isPlaying(true)), 4) << "one per step taken";
+    std::erase_if(scripts, [](auto& s) { return s.rfind("setSpeed", 0) != 0; });
+    EXPECT_THAT(scripts, ElementsAre(speedText("1.25"), speedText("1.50"), speedText("1.75"), speedText("2.0"),
+                                     speedText("2.0")));
+    EXPECT_FLOAT_EQ(track->rate, 2.0f);
+    player.pause();
+    track->calls.clear();
+    for (int i = 0; i < 8; ++i) clock.speedDown();
+    EXPECT_EQ(sent().back(), speedText("0.25"));
+    EXPECT_EQ(track->calls, std::vector<std::string>(7, "setRate")) << "a paused track only takes the rate";
+    addSong("next.mp3");
+    player.playItem(url("next.mp3"));
+    EXPECT_FLOAT_EQ(players.last()->rate, 0.25f);
+}
+
+TEST_F(EngineTest, SeekTakesOnlyAWholeDecimalNumberAndResumesAPausedTrack) {
+    clock.seek("5000");
+    EXPECT_THAT(sent(), IsEmpty()) << "no track";
+    auto track = start();
+    player.pause();
+    clock.seek("5000");
+    EXPECT_TRUE(track->playing && track->position == 100) << "a seek resumes a paused track";
+    clock.seek("2500.5");
+    EXPECT_NEAR(track->position, 50.01, 1e-9);
+    clock.seek("1e3");
+    sent();
+    for (const char* text : {"", "abc", "50x", " 5000", "nan", "inf"}) clock.seek(text);
+    track->duration = 0;
+    clock.seek("5000");
+    EXPECT_EQ(track->position, 20);
+    EXPECT_THAT(sent(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace tunelark::test
