@@ -27,6 +27,10 @@ struct TempDir {
 };
 
 inline void writeFile(const std::string& path, const std::string& bytes) { std::ofstream(path) << bytes; }
+inline std::string readFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
 
 // Page calls as the page receives them.
 inline std::string isPlaying(bool playing) { return playing ? "setIsPlaying(true);" : "setIsPlaying(false);"; }
