@@ -1,19 +1,22 @@
 #!/usr/bin/env bash
-# A user's first session: the main window appears once its page is ready; a track and its lyric file with
-# CJK names are added through "Add files" and the open panel, played with a double click, heard, and
-# followed in the lyrics window; speed, pause and the output device moving away and back; Ctrl+Q in the
-# lyrics window quits, and a restart shows the same play list.
+# A user's first session: the main window appears once its page is ready; tracks and lyric files with CJK
+# names are added through "Add files" and the open panel, and survive SIGKILL right after; a track is
+# played with a double click, heard, and followed in the lyrics window; speed, pause and the output
+# device moving away and back; an encoding chosen, a track moved and one removed from the page; Ctrl+Q
+# in the lyrics window quits, and a restart shows the same play list.
 # Usage: test_playback.sh BUILD_DIR   (inside tests/support/with-session.sh)
 suite=playback
 . "$(dirname "$0")/lib/player.sh"
 music=$work/音乐/周末
 make_song "$music" 晴天 60
+for name in 稻香 阳光 黄昏; do make_song "$music" $name 5; done  # in this order after 晴天 by URL
+iconv -f UTF-8 -t GB18030 "$music/稻香.lrc" >"$work/gb.lrc" && mv "$work/gb.lrc" "$music/稻香.lrc"
 echo 'not for the player' >"$music/notes.txt"
-mp3=$(url_of "$music/晴天.mp3") lrc=$(url_of "$music/晴天.lrc")
-tracks='[{"fileName":"晴天.mp3","filePath":"'$mp3'","no":1,"duration":"","mainPathFileName":"'${mp3%.mp3}'"}]'
-lyric_files='[{"fileName":"晴天.lrc","filePath":"'$lrc'","charset":"utf8","mainPathFileName":"'${mp3%.mp3}'"}]'
-q='\"'  # the lists are JSON texts inside the call's strings
-list="setPlayList(\"${tracks//\"/$q}\",\"${lyric_files//\"/$q}\");"
+mp3=$(url_of "$music/晴天.mp3") daoxiang=$(url_of "$music/稻香.mp3") yangguang=$(url_of "$music/阳光.mp3")
+huanghun=$(url_of "$music/黄昏.mp3")
+last_list() { calls_since "${1:-0}" | grep '^setPlayList(' | tail -1; }
+# The order of the tracks in the page's list $1, by their names.
+track_order() { grep -o '\\"fileName\\":\\"[^.]*\.mp3' <<<"$1" | sed 's/.*"//' | tr '\n' ' '; }
 # The open panel starts in the working directory.
 mkdir -p "$work/config/glib-2.0/settings"
 printf "[org/gtk/settings/file-chooser]\nstartup-mode='cwd'\n" >"$work/config/glib-2.0/settings/keyfile"
@@ -52,7 +55,15 @@ for try in 1 2 3 4 5; do  # the panel may list the folder late
   xdotool key --clearmodifiers ctrl+a Return
   within 2 not window_of panel "$title" && break
 done
-check "the page got the track and its lyric file, not the text file" within 5 said_since "$mark" "$list"
+added() { list=$(last_list "$mark"); [[ $(track_order "$list") == "晴天.mp3 稻香.mp3 阳光.mp3 黄昏.mp3 " ]]; }
+check "the page got the four tracks in order" within 5 added
+check "and their lyric files, not the text file" eval '[[ $(grep -o "\.lrc" <<<"$list" | wc -l) == 8 && $list != *notes.txt* ]]'
+
+# --- Killed right after adding: the next start has the whole list.
+kill -KILL "$player_pid" && wait "$player_pid" 2>/dev/null
+player_pid=
+start_to_page
+check "after SIGKILL right after adding, a restart gets the same play list" test "$(last_list)" == "$list"
 
 # --- Playing: the double click, the time, the sound.
 mark=$(log_mark)
@@ -118,11 +129,41 @@ pactl set-default-sink tl_sink_a
 check "the device coming back resumes: setIsPlaying(true);" within 2 said_since "$mark" 'setIsPlaying(true);'
 check "the tone is heard on tl_sink_a again" within 3 eval 'stream_is "tl_sink_a no" && hears_tone tl_sink_a'
 
+# --- Editing from the page: 稻香.lrc is read as GB18030; 黄昏 moves to the top by keyboard; 阳光 goes.
+row() { echo "${FIRST_ROW[0]} $((FIRST_ROW[1] + 52 * ($1 - 1)))"; }  # the page's rows are 52 pixels apart
+# A console line with the message's prefix and these "key":"value" pairs (the page's keys come in any order).
+posted() { grep -a "^$1 {" "$out" | grep -F -- "\"$2\"" | grep -qF -- "\"$3\""; }
+mark=$(log_mark)
+choose_gb18030() { # in the encoding menu of the second row: utf8 and nine down; again if the menu came late
+  local try
+  for try in 1 2 3; do
+    click_main 759 "$(row 2 | cut -d' ' -f2)"
+    sleep 0.5
+    xdotool key --delay 60 Down Down Down Down Down Down Down Down Down Return
+    within 3 posted "Set Charset By JS" 'charset":"GB18030' "mainPathFileName\":\"${daoxiang%.mp3}" && return 0
+    xdotool key Escape
+  done
+  return 1
+}
+check "the encoding menu posts GB18030 for 稻香.lrc" choose_gb18030
+timeout 5 xdotool windowfocus --sync "$main"
+click_main $(row 4)
+xdotool key --delay 150 alt+Up alt+Up alt+Up
+check "Alt+Up three times moves 黄昏 to the top" within 3 posted "Move Item By JS" 'fromIndex":"1' 'toIndex":"0'
+click_main $(row 4)
+xdotool key Delete
+check "Delete removes 阳光" within 3 console_has "Native Remove By JS {\"filePath\":\"$yangguang\"}"
+edited() {
+  list=$(last_list "$mark")
+  [[ $(track_order "$list") == "黄昏.mp3 晴天.mp3 稻香.mp3 " ]] && grep -q '稻香\.lrc[^}]*\\"charset\\":\\"GB18030' <<<"$list"
+}
+check "the page's list is 黄昏, 晴天, 稻香, with 稻香.lrc in GB18030" within 5 edited
+
 # --- Ctrl+Q in the lyrics window quits; the play list stays.
 timeout 5 xdotool windowfocus --sync "$lyrics"
 xdotool key --clearmodifiers ctrl+q
 check "Ctrl+Q in the lyrics window quit with status 0" ended_ok 10
 check "no stream is left on the sound server" within 3 eval '[[ -z $(pactl list short sink-inputs) ]]'
 start_to_page
-check "after a restart the page gets the same play list" said_since 0 "$list"
+check "after a restart the page gets the same play list" test "$(last_list)" == "$list"
 report
