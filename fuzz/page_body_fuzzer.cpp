@@ -40,7 +40,7 @@ static std::optional<Arguments> expectedArguments(const HandlerRow& row, const n
         char* end = nullptr;
         const double percent = strtod_l(values[0].c_str(), &end, c);
         const std::string& value = values[0];
-        if (value.empty() || std::strchr(" \t\n\v\f\r", value[0]) || end != value.c_str() + value.size() ||
+        if (value.empty() || std::strchr(" \t\n\v\f\r+", value[0]) || end != value.c_str() + value.size() ||
             value.find_first_of(std::string("xXiInN\0", 7)) != std::string::npos) {
             return std::nullopt;
         }
