@@ -3,7 +3,7 @@
 # names are added through "Add files" and the open panel, and survive SIGKILL right after; a track is
 # played with a double click, heard, and followed in the lyrics window; speed, pause and the output
 # device moving away and back; an encoding chosen, a track moved and one removed from the page; Ctrl+Q
-# in the lyrics window quits, and a restart shows the same play list.
+# in the lyrics window quits, a restart shows the same play list, and the close button ends the program.
 # Usage: test_playback.sh BUILD_DIR   (inside tests/support/with-session.sh)
 suite=playback
 . "$(dirname "$0")/lib/player.sh"
@@ -166,4 +166,6 @@ check "Ctrl+Q in the lyrics window quit with status 0" ended_ok 10
 check "no stream is left on the sound server" within 3 eval '[[ -z $(pactl list short sink-inputs) ]]'
 start_to_page
 check "after a restart the page gets the same play list" test "$(last_list)" == "$list"
+click_main 1177 21  # the close button at the right end of the title bar
+check "the window's close button ends the program with status 0" ended_ok 10
 report
