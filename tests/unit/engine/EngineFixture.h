@@ -8,29 +8,11 @@
 #include "library/store/Bookmark.h"
 #include "library/store/FileNames.h"
 #include "library/store/Store.h"
+#include "TempDir.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 namespace tunelark::test {
-
-struct TempDir {
-    std::string path = mkdtemp((std::filesystem::temp_directory_path() / "tl-test-XXXXXX").string().data());
-    ~TempDir() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path, ignored);
-    }
-    std::string file(const std::string& name) const { return path + "/" + name; }
-};
-
-inline void writeFile(const std::string& path, const std::string& bytes) { std::ofstream(path) << bytes; }
-inline std::string readFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(in), {}};
-}
 
 // Page calls as the page receives them.
 inline std::string isPlaying(bool playing) { return playing ? "setIsPlaying(true);" : "setIsPlaying(false);"; }
@@ -60,7 +42,7 @@ protected:
     template <typename Entity>
     std::shared_ptr<Entity> add(std::shared_ptr<Entity> entry, std::optional<Records<Entity>>& list,
                                 const std::string& fileName, const std::string& bytes) {
-        writeFile(dir.file(fileName), bytes);
+        writeAll(dir.file(fileName), bytes);
         entry->bookmark = makeBookmark(dir.file(fileName));
         entry->fileName = fileName;
         entry->filePath = url(fileName);

@@ -20,7 +20,7 @@ using namespace ::testing;
 class PlayListTest : public EngineFixture {
 protected:
     std::string file(const std::string& name) {
-        writeFile(dir.file(name), "data");
+        writeAll(dir.file(name), "data");
         return dir.file(name);
     }
     std::shared_ptr<Mp3Entity> audio(const std::string& name) {

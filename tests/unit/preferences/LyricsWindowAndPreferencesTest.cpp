@@ -6,7 +6,7 @@
 #include "lyrics_window/LyricsWC.h"
 #include "lyrics_window/LyricsWindowSwitch.h"
 #include "preferences/PreferencesOpener.h"
-#include "store/TempDir.h"
+#include "TempDir.h"
 
 #include <gtest/gtest.h>
 

@@ -8,7 +8,7 @@ namespace tunelark::test {
 
 // A fresh folder, removed afterwards.
 struct TempDir {
-    std::string path = ::mkdtemp((std::filesystem::temp_directory_path() / "tl-store-XXXXXX").string().data());
+    std::string path = ::mkdtemp((std::filesystem::temp_directory_path() / "tl-test-XXXXXX").string().data());
     ~TempDir() { std::error_code ignored; std::filesystem::remove_all(path, ignored); }
     std::string file(const std::string& name) const { return path + "/" + name; }
 };
