@@ -12,6 +12,8 @@ TEST_PKGS+=(tesseract-ocr tesseract-ocr-eng)
 # Desktop integration: the media-player interface (playerctl on a private bus), the desktop entry and
 # AppStream validators, the Debian package (dpkg-dev's dpkg-shlibdeps), and a Wayland compositor with XWayland.
 TEST_PKGS+=(playerctl desktop-file-utils appstream dpkg-dev weston xwayland libx11-dev)
+# Window tests also run under real window managers: openbox without a compositor, xfwm4 with one.
+TEST_PKGS+=(openbox xfwm4)
 want=("${BUILD_PKGS[@]}")
 [[ ${1:-} == --test ]] && want+=("${TEST_PKGS[@]}")
 missing=()

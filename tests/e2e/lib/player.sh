@@ -89,6 +89,37 @@ geometry_of() { # x y width height
 area_of() { geometry_of "$1" | awk '{ print $3 "x" $4 "+" $1 "+" $2 }'; } # WxH+X+Y
 viewable() { xwininfo -id "$1" 2>/dev/null | grep -q 'IsViewable'; }
 
+# --- Window managers. window_manager NAME runs openbox (no compositor) or xfwm4 with its compositor for
+# what follows, "none" for bare X; the one before is ended, and so is the last one with the suite.
+wm_pid= wm=none
+wm_ready() { # the manager has announced itself, and its compositor when it runs one
+  xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q 'window id' || return 1
+  [[ $wm != xfwm4 ]] || composited
+}
+composited() { python3 "$(dirname "${BASH_SOURCE[0]}")/x_selection.py" _NET_WM_CM_S0 >/dev/null; }
+window_manager() {
+  if [[ -n $wm_pid ]]; then kill "$wm_pid" 2>/dev/null; wait "$wm_pid" 2>/dev/null; fi
+  wm_pid= wm=$1
+  within 5 not eval 'xprop -root _NET_SUPPORTING_WM_CHECK 2>/dev/null | grep -q "window id"'
+  case $1 in
+    none) return 0 ;;
+    openbox) openbox --sm-disable >"$work/wm.log" 2>&1 & ;;
+    xfwm4) xfwm4 --compositor=on --sm-client-disable >"$work/wm.log" 2>&1 & ;;
+    *) give_up "unknown window manager $1" ;;
+  esac
+  wm_pid=$!
+  helpers+=("$wm_pid")
+  within 10 wm_ready || give_up "$1 did not start: $(tail -3 "$work/wm.log")"
+}
+# Presses as a hand makes them: each held 80 ms. hand_click [N] clicks N times (default 1), 0.15 s apart.
+hand_click() {
+  local i
+  for ((i = 0; i < ${1:-1}; i++)); do
+    ((i)) && sleep 0.15
+    xdotool mousedown 1 sleep 0.08 mouseup 1
+  done
+}
+
 # Starts the player (ARGS...) and waits for the main window ($main at $main_x $main_y) and a play list.
 start_to_page() {
   start_player "$@"
