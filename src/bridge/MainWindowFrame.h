@@ -15,4 +15,10 @@ inline Rect normalFrameCentredIn(const Rect& area) {
                 kMainWindowHeight};
 }
 
+// The normal frame centred on an area, wherever the area lies.
+inline Rect normalFrameCentredOn(const Rect& area) {
+    const Rect centred = normalFrameCentredIn(area);
+    return Rect{area.x + centred.x, area.y + centred.y, centred.width, centred.height};
+}
+
 }  // namespace tunelark

@@ -25,12 +25,20 @@ void MainWC::startMoveWindow() { window_.beginDragFromLastPress(); }
 
 void MainWC::changeMaxMin() {
     const auto screens = screens_.all();
-    const Rect target = maximiseTarget(screens, screens_.pointerPosition());
     const Rect current = window_.frame();
-    if (current.width < target.width || current.height < target.height) {
-        window_.setFrame(target);
+    // The window manager's state decides first: its maximised frame may differ from our target by
+    // decorations, and the header bar's own button maximises too.
+    if (window_.isMaximized()) {
+        window_.unmaximize(restoredFrame(screens, current));
+        return;
+    }
+    const Rect target = maximiseTarget(screens, screens_.pointerPosition());
+    if (current.width >= target.width && current.height >= target.height) {
+        window_.setFrame(restoredFrame(screens, current));
+    } else if (window_.windowManagerMaximizes()) {
+        window_.maximize();
     } else {
-        window_.setFrame(restoredFrame(screens));
+        window_.setFrame(target);
     }
 }
 
@@ -41,9 +49,16 @@ Rect MainWC::maximiseTarget(const std::vector<Screen>& screens, Point pointer) {
     return kFallbackTarget;
 }
 
-Rect MainWC::restoredFrame(const std::vector<Screen>& screens) {
-    // Without any monitor, centre on the fallback area rather than on nothing.
-    return normalFrameCentredIn(screens.empty() ? kFallbackTarget : screens.front().frame);
+Rect MainWC::restoredFrame(const std::vector<Screen>& screens, const Rect& window) {
+    const Point centre{window.x + window.width / 2, window.y + window.height / 2};
+    Rect area = screens.empty() ? kFallbackTarget : screens.front().visibleFrame;
+    for (const auto& screen : screens) {
+        if (screen.frame.contains(centre)) {
+            area = screen.visibleFrame;
+            break;
+        }
+    }
+    return normalFrameCentredOn(area);
 }
 
 }  // namespace tunelark

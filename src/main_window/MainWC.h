@@ -32,15 +32,17 @@ public:
     void showWindow();
     // Starts a window-manager drag from the last press in the web view; nothing without one.
     void startMoveWindow();
-    // Fills the visible frame of the screen under the pointer, or restores the normal size centred on
-    // the main screen when the window already covers that frame.
+    // Maximises onto the visible frame of the screen under the pointer (through the window manager
+    // when there is one), or, when the window is maximised or already covers that frame, restores the
+    // normal size centred on the visible frame of the screen that holds the window.
     void changeMaxMin();
 
     // The maximise target for a pointer position: the visible frame of the first screen whose frame
     // holds it, else kFallbackTarget.
     static Rect maximiseTarget(const std::vector<Screen>& screens, Point pointer);
-    // The normal frame centred on the main screen's full frame; its origin is not added.
-    static Rect restoredFrame(const std::vector<Screen>& screens);
+    // The normal frame centred on the visible frame of the screen that holds the centre of `window`,
+    // else of the main screen, else of kFallbackTarget.
+    static Rect restoredFrame(const std::vector<Screen>& screens, const Rect& window);
 
 private:
     MainWindow& window_;

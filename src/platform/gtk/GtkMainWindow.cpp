@@ -6,6 +6,9 @@
 #include "platform/gtk/WkWebViewWithMouseEvent.h"
 
 #include <gtk/gtk.h>
+#ifdef GDK_WINDOWING_X11
+#include <gdk/gdkx.h>
+#endif
 
 #include <algorithm>
 #include <cmath>
@@ -21,6 +24,20 @@ struct GtkMainWindowSignals {
     }
     static gboolean configured(GtkWidget*, GdkEvent*, gpointer data) noexcept {
         static_cast<GtkMainWindow*>(data)->refreshFrame();
+        return FALSE;
+    }
+    static gboolean stateChanged(GtkWidget*, GdkEventWindowState* event, gpointer data) noexcept {
+        const GdkWindowState state = event->new_window_state;
+        static_cast<GtkMainWindow*>(data)->stateChanged((state & GDK_WINDOW_STATE_ICONIFIED) != 0,
+                                                       (state & GDK_WINDOW_STATE_MAXIMIZED) != 0);
+        return FALSE;
+    }
+    static void allocated(GtkWidget*, GdkRectangle*, gpointer data) noexcept {
+        static_cast<GtkMainWindow*>(data)->laidOut();
+    }
+    // Only X without a compositor tells; a composited window always counts as uncovered.
+    static gboolean visibilityChanged(GtkWidget*, GdkEventVisibility* event, gpointer data) noexcept {
+        static_cast<GtkMainWindow*>(data)->fullyObscured_ = event->state == GDK_VISIBILITY_FULLY_OBSCURED;
         return FALSE;
     }
 };
@@ -42,15 +59,6 @@ void dropSolidBorder(GtkWidget* window) {
                                               GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
 }
 
-bool buttonStillDown(guint button) {
-    if (button < 1 || button > 5) return false;
-    GdkSeat* seat = gdk_display_get_default_seat(gdk_display_get_default());
-    GdkDevice* pointer = seat ? gdk_seat_get_pointer(seat) : nullptr;
-    if (!pointer) return false;
-    GdkModifierType state{};
-    gdk_window_get_device_position(gdk_get_default_root_window(), pointer, nullptr, nullptr, &state);
-    return (state & (GDK_BUTTON1_MASK << (button - 1))) != 0;
-}
 
 }  // namespace
 
@@ -73,6 +81,10 @@ GtkMainWindow::GtkMainWindow(GtkApplication* application, WkWebViewWithMouseEven
     using S = GtkMainWindowSignals;
     connections_.emplace_back(window, "delete-event", G_CALLBACK(&S::deleteRequested), this);
     connections_.emplace_back(window, "configure-event", G_CALLBACK(&S::configured), this);
+    connections_.emplace_back(window, "window-state-event", G_CALLBACK(&S::stateChanged), this);
+    connections_.emplace_back(window, "size-allocate", G_CALLBACK(&S::allocated), this);
+    gtk_widget_add_events(window_.get(), GDK_VISIBILITY_NOTIFY_MASK);
+    connections_.emplace_back(window, "visibility-notify-event", G_CALLBACK(&S::visibilityChanged), this);
 }
 
 GtkMainWindow::~GtkMainWindow() {
@@ -102,10 +114,13 @@ Rect GtkMainWindow::frame() const {
 }
 
 void GtkMainWindow::setFrame(const Rect& frame) {
+    if (maximized_) {
+        unmaximize(frame);  // a maximised window would keep its size
+        return;
+    }
     // Kept as requested: the window manager confirms later, and a second request must see the first.
     gtkFrame_ = flipFrame(frame, GdkScreens::mainScreenBottom());
     GtkWindow* window = gtkWindow();
-    if (gtk_window_is_maximized(window)) gtk_window_unmaximize(window);
     gtk_window_move(window, int(std::lround(gtkFrame_.x)), int(std::lround(gtkFrame_.y)));
     gtk_window_resize(window, std::max(1, int(std::lround(gtkFrame_.width))),
                       std::max(1, int(std::lround(gtkFrame_.height - titleBarHeight()))));
@@ -117,7 +132,10 @@ void GtkMainWindow::setMinimumSize(double width, double height) {
                                 std::max(0, int(std::lround(height - titleBarHeight()))));
 }
 
-bool GtkMainWindow::isVisible() const { return gtk_widget_get_visible(window_.get()); }
+bool GtkMainWindow::isVisible() const {
+    // GTK keeps a minimised window "visible"; only the window state tells it is out of sight.
+    return gtk_widget_get_visible(window_.get()) && !iconified_ && !fullyObscured_;
+}
 
 void GtkMainWindow::show() {
     everShown_ = true;
@@ -128,18 +146,56 @@ void GtkMainWindow::show() {
 void GtkMainWindow::hide() { gtk_widget_hide(window_.get()); }
 
 bool GtkMainWindow::beginDragFromLastPress() {
-    const GdkEvent* press = webView_.lastMouseDownEvent();
-    if (!press || !isVisible()) return false;
-    guint button = 1;
-    gdouble x = 0;
-    gdouble y = 0;
-    gdk_event_get_button(press, &button);
-    gdk_event_get_root_coords(press, &x, &y);
-    // The drag starts from a queued task; after a quick click the button is already up, and a move
-    // started then would follow the pointer until the next click.
-    if (!buttonStillDown(button)) return false;
-    gtk_window_begin_move_drag(gtkWindow(), int(button), int(x), int(y), gdk_event_get_time(press));
-    return true;
+    if (!isVisible()) return false;
+    return webView_.moveWhenDragged([this](const GdkEvent* press, std::uint32_t time) {
+        guint button = 1;
+        gdouble x = 0;
+        gdouble y = 0;
+        gdk_event_get_button(press, &button);
+        gdk_event_get_root_coords(press, &x, &y);
+        // From the press's place, so that the point pressed stays under the pointer.
+        gtk_window_begin_move_drag(gtkWindow(), int(button), int(x), int(y), time);
+    });
+}
+
+bool GtkMainWindow::windowManagerMaximizes() const {
+#ifdef GDK_WINDOWING_X11
+    GdkScreen* screen = gtk_widget_get_screen(window_.get());
+    if (GDK_IS_X11_SCREEN(screen)) {
+        return gdk_x11_screen_supports_net_wm_hint(screen, gdk_atom_intern_static_string("_NET_WM_STATE_MAXIMIZED_VERT"));
+    }
+#endif
+    return true;  // other backends always run a compositor that maximises
+}
+
+bool GtkMainWindow::isMaximized() const { return maximized_; }
+
+void GtkMainWindow::maximize() {
+    pendingRestore_.reset();
+    gtk_window_maximize(gtkWindow());
+}
+
+void GtkMainWindow::unmaximize(const Rect& restored) {
+    if (!maximized_) {
+        setFrame(restored);
+        return;
+    }
+    // Applied once the window manager reports the change: before it, it would keep or override the size.
+    pendingRestore_ = restored;
+    gtk_window_unmaximize(gtkWindow());
+}
+
+void GtkMainWindow::stateChanged(bool iconified, bool maximized) {
+    iconified_ = iconified;
+    const bool unmaximized = maximized_ && !maximized;
+    maximized_ = maximized;
+    restoreOnLayout_ = unmaximized && pendingRestore_;
+}
+
+void GtkMainWindow::laidOut() {
+    // Only now does GTK know the shadows of an unmaximised window, which it adds around a move.
+    if (!std::exchange(restoreOnLayout_, false) || maximized_ || !pendingRestore_) return;
+    setFrame(*std::exchange(pendingRestore_, std::nullopt));
 }
 
 void GtkMainWindow::setOnCloseRequest(std::function<void()> onCloseRequest) {

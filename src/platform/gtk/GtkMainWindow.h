@@ -3,6 +3,7 @@
 #include "platform/glib/GObjectHandles.h"
 
 #include <functional>
+#include <optional>
 #include <vector>
 
 typedef struct _GtkApplication GtkApplication;
@@ -31,6 +32,10 @@ public:
     void hide() override;
     // Also false when the pressed button has been released meanwhile.
     bool beginDragFromLastPress() override;
+    bool windowManagerMaximizes() const override;
+    bool isMaximized() const override;
+    void maximize() override;
+    void unmaximize(const Rect& restored) override;
 
     // The user asks to close the window; the window stays until the callback decides.
     void setOnCloseRequest(std::function<void()> onCloseRequest);
@@ -41,6 +46,8 @@ public:
 private:
     friend struct GtkMainWindowSignals;
     void refreshFrame();
+    void stateChanged(bool iconified, bool maximized);
+    void laidOut();
     double titleBarHeight() const;
 
     WkWebViewWithMouseEvent& webView_;
@@ -49,6 +56,11 @@ private:
     GtkWidget* menuButton_ = nullptr;  // owned by the header bar
     Rect gtkFrame_;  // X11 coordinates, title bar included; the last requested or configured frame
     bool everShown_ = false;
+    bool iconified_ = false;
+    bool maximized_ = false;
+    bool fullyObscured_ = false;
+    std::optional<Rect> pendingRestore_;  // the frame to take once the window manager has unmaximised
+    bool restoreOnLayout_ = false;        // it has: take the frame at the next layout
     std::function<void()> onCloseRequest_;
     std::vector<SignalConnection> connections_;
 };

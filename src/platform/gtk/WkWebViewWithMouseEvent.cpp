@@ -151,10 +151,43 @@ struct WkWebViewWithMouseEventSignals {
     static gboolean buttonPressed(GtkWidget*, GdkEvent* event, gpointer data) noexcept {
         if (event->type == GDK_BUTTON_PRESS) {
             guardedCall("button press", [&] {
-                static_cast<WkWebViewWithMouseEvent*>(data)->lastMouseDownEvent_ = GdkEventHolder(event);
+                auto* self = static_cast<WkWebViewWithMouseEvent*>(data);
+                self->lastMouseDownEvent_ = GdkEventHolder(event);
+                self->pressDrag_ = {};
+                self->pressDrag_.held = true;
             });
         }
         return FALSE;  // the page still gets the press
+    }
+
+    static gboolean buttonReleased(GtkWidget*, GdkEventButton* event, gpointer data) noexcept {
+        auto* self = static_cast<WkWebViewWithMouseEvent*>(data);
+        const GdkEvent* press = self->lastMouseDownEvent_.get();
+        if (press && press->button.button == event->button) self->pressDrag_ = {};
+        return FALSE;
+    }
+
+    // A move starts only from real motion: a window manager's move grabs the pointer and swallows the
+    // release, so starting on the press would keep every click, and so double clicks, from the page.
+    static gboolean pointerMoved(GtkWidget* widget, GdkEventMotion* event, gpointer data) noexcept {
+        auto* self = static_cast<WkWebViewWithMouseEvent*>(data);
+        auto& drag = self->pressDrag_;
+        const GdkEvent* press = self->lastMouseDownEvent_.get();
+        if (!drag.held || !press) return FALSE;
+        const guint button = press->button.button;
+        if (button < 1 || button > 5 || !(event->state & (GDK_BUTTON1_MASK << (button - 1)))) {
+            drag = {};  // released where we did not see it
+            return FALSE;
+        }
+        drag.dragged = drag.dragged || gtk_drag_check_threshold(widget, int(press->button.x_root),
+                                                                int(press->button.y_root), int(event->x_root),
+                                                                int(event->y_root));
+        drag.motionTime = event->time;
+        if (drag.dragged && drag.startMove) {
+            const auto start = std::exchange(drag, {}).startMove;
+            guardedCall("window move", [&] { start(press, event->time); });
+        }
+        return FALSE;
     }
 };
 
@@ -165,6 +198,8 @@ void WkWebViewWithMouseEvent::connectSignals() {
     connections_.emplace_back(view, "load-changed", G_CALLBACK(&S::loadChanged), this);
     connections_.emplace_back(view, "load-failed", G_CALLBACK(&S::loadFailed), this);
     connections_.emplace_back(view, "button-press-event", G_CALLBACK(&S::buttonPressed), this);
+    connections_.emplace_back(view, "button-release-event", G_CALLBACK(&S::buttonReleased), this);
+    connections_.emplace_back(view, "motion-notify-event", G_CALLBACK(&S::pointerMoved), this);
     connections_.emplace_back(view, "script-dialog", G_CALLBACK(&ignoreScriptDialog), nullptr);
     connections_.emplace_back(view, "context-menu", G_CALLBACK(&ignoreContextMenu), nullptr);
     connections_.emplace_back(view, "create", G_CALLBACK(&ignoreNewWindow), nullptr);
@@ -195,6 +230,19 @@ WkWebViewWithMouseEvent::~WkWebViewWithMouseEvent() {
 }
 
 GtkWidget* WkWebViewWithMouseEvent::widget() const { return GTK_WIDGET(view_.get()); }
+
+bool WkWebViewWithMouseEvent::moveWhenDragged(StartMove startMove) {
+    const GdkEvent* press = lastMouseDownEvent_.get();
+    if (!pressDrag_.held || !press) return false;
+    if (!pressDrag_.dragged) {
+        pressDrag_.startMove = std::move(startMove);
+        return true;
+    }
+    // The pointer left the threshold before the page asked for the move.
+    const std::uint32_t time = std::exchange(pressDrag_, {}).motionTime;
+    startMove(press, time);
+    return true;
+}
 
 void WkWebViewWithMouseEvent::loadPage() { webkit_web_view_load_uri(view_.get(), kPageUri); }
 

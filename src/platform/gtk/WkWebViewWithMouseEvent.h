@@ -2,6 +2,7 @@
 #include "platform/PageView.h"
 #include "platform/glib/GObjectHandles.h"
 
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -59,6 +60,11 @@ public:
     GtkWidget* widget() const;
     // The most recent button press in the view, or nullptr before the first.
     const GdkEvent* lastMouseDownEvent() const { return lastMouseDownEvent_.get(); }
+    // Calls `startMove` once with the last press and the time of the motion, as soon as the pointer
+    // has moved beyond the drag threshold with that press's button down (at once if it already has).
+    // A release or a new press drops it. False when no press is held.
+    using StartMove = std::function<void(const GdkEvent* press, std::uint32_t motionTime)>;
+    bool moveWhenDragged(StartMove startMove);
 
 private:
     friend struct WkWebViewWithMouseEventSignals;
@@ -70,6 +76,12 @@ private:
     GObjectPtr<WebKitUserContentManager> contentManager_;
     GObjectPtr<WebKitWebView> view_;
     GdkEventHolder lastMouseDownEvent_;
+    struct PressDrag {
+        bool held = false;             // the last press's button is still down
+        bool dragged = false;          // the pointer has left the drag threshold since that press
+        std::uint32_t motionTime = 0;  // of the latest motion since that press
+        StartMove startMove;
+    } pressDrag_;
     std::map<std::string, std::unique_ptr<Handler>> handlers_;
     std::vector<SignalConnection> connections_;
 };

@@ -18,6 +18,11 @@ public:
         if (hasLastPress) ++dragsStarted;
         return hasLastPress;
     }
+    bool windowManagerMaximizes() const override { return windowManager; }
+    bool isMaximized() const override { return maximized; }
+    // Requests only: as with a real window manager, the state changes when the test says it reported back.
+    void maximize() override { ++maximizeRequests; }
+    void unmaximize(const Rect& restored) override { unmaximizedTo.push_back(restored); }
 
     Rect currentFrame;
     std::vector<Rect> frames;  // every setFrame, in order
@@ -25,6 +30,10 @@ public:
     bool everShown = false, visible = false;
     bool hasLastPress = false;  // whether the web view has recorded a button press
     int showCount = 0, hideCount = 0, dragsStarted = 0;
+    bool windowManager = false;  // whether maximise requests are carried out
+    bool maximized = false;      // as the window manager reports it
+    int maximizeRequests = 0;
+    std::vector<Rect> unmaximizedTo;  // the restored frame of every unmaximise request
 };
 
 class FakeScreens : public Screens {

@@ -11,35 +11,75 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-TEST(MainWCTest, MaxMinToggleFillsTheScreenUnderThePointerOrRestoresCentredOnTheMainScreen) {
-    // Core coordinates (origin bottom left): a laptop with a bar at the top, a monitor to its right with a panel.
-    const Screen laptop{{0, 0, 1440, 900}, {0, 0, 1440, 875}}, right{{1440, 0, 1920, 1080}, {1440, 40, 1920, 1040}};
-    const Rect full{0, 0, 1440, 875}, normal{120, 150, 1200, 600}, fallback{0, 0, 1024, 768};
-    struct Case { std::vector<Screen> screens; Point pointer; Rect before, after; };
-    const Case cases[] = {
-        {{laptop}, {700, 400}, normal, full}, {{laptop}, {700, 400}, full, normal},
-        {{laptop}, {10, 10}, {0, 0, 1500, 950}, normal},  // larger than the visible frame
-        {{laptop}, {10, 10}, {0, 0, 1500, 600}, full}, {{laptop}, {10, 10}, {0, 0, 1200, 900}, full},
-        {{laptop}, {-5, 10}, normal, fallback}, {{}, {10, 10}, {0, 0, 1000, 700}, fallback},
-        {{laptop, right}, {2000, 500}, {1500, 100, 1200, 600}, right.visibleFrame},
-        {{laptop, right}, {2000, 500}, right.visibleFrame, normal},
-        {{laptop, right}, {1440, 500}, full, right.visibleFrame},  // a right edge belongs to the next screen
-        {{{{-200, 100, 1440, 900}, {-200, 100, 1440, 875}}}, {0, 500}, {-200, 100, 1440, 875}, normal}};
-    for (const auto& c : cases) {
-        test::FakeMainWindow window;
-        test::FakeScreens screens;
-        screens.screens = c.screens;
-        screens.pointer = c.pointer;
-        window.currentFrame = c.before;
-        window.show();
-        MainWC(window, screens, [](int) {}).changeMaxMin();
-        EXPECT_EQ(window.frames, std::vector<Rect>{c.after}) << c.before.x << "," << c.before.width;
-    }
+struct MaxMinCase {
+    std::vector<Screen> screens;
+    Point pointer;
+    Rect before;
+    bool windowManager, maximized;
+    std::vector<Rect> frames;  // what the toggle did: frames set,
+    int maximizeRequests;      // maximise requests,
+    std::vector<Rect> unmaximizedTo;  // and unmaximise requests with their restored frame
+};
+
+void checkMaxMin(const MaxMinCase& c) {
+    test::FakeMainWindow window;
+    test::FakeScreens screens;
+    screens.screens = c.screens;
+    screens.pointer = c.pointer;
+    window.currentFrame = c.before;
+    window.windowManager = c.windowManager;
+    window.maximized = c.maximized;
+    window.show();
+    MainWC(window, screens, [](int) {}).changeMaxMin();
+    const auto where = ::testing::Message() << "window at " << c.before.x << "," << c.before.y << " "
+                                            << c.before.width << "x" << c.before.height << (c.windowManager ? " with" : " without")
+                                            << " a window manager" << (c.maximized ? ", maximised" : "");
+    EXPECT_EQ(window.frames, c.frames) << where;
+    EXPECT_EQ(window.maximizeRequests, c.maximizeRequests) << where;
+    EXPECT_EQ(window.unmaximizedTo, c.unmaximizedTo) << where;
+}
+
+// Core coordinates (origin bottom left): a laptop with a bar at the top, a monitor to its right with a panel.
+const Screen laptop{{0, 0, 1440, 900}, {0, 0, 1440, 875}}, right{{1440, 0, 1920, 1080}, {1440, 40, 1920, 1040}};
+const Rect full{0, 0, 1440, 875}, normal{120, 137.5, 1200, 600}, rightNormal{1800, 260, 1200, 600};
+
+TEST(MainWCTest, WithoutAWindowManagerTheToggleSetsTheMaximisedOrTheCentredNormalFrameItself) {
+    const MaxMinCase cases[] = {
+        {{laptop}, {700, 400}, normal, false, false, {full}, 0, {}},
+        {{laptop}, {700, 400}, full, false, false, {normal}, 0, {}},
+        {{laptop}, {10, 10}, {0, 0, 1500, 950}, false, false, {normal}, 0, {}},  // larger than the visible frame
+        {{laptop}, {10, 10}, {0, 0, 1500, 600}, false, false, {full}, 0, {}},
+        {{laptop}, {10, 10}, {0, 0, 1200, 900}, false, false, {full}, 0, {}},
+        {{laptop}, {-5, 10}, normal, false, false, {MainWC::kFallbackTarget}, 0, {}},
+        {{}, {10, 10}, {0, 0, 1000, 700}, false, false, {MainWC::kFallbackTarget}, 0, {}},
+        {{}, {10, 10}, {0, 0, 1100, 800}, false, false, {{-88, 84, 1200, 600}}, 0, {}},
+        {{laptop, right}, {2000, 500}, {1500, 100, 1200, 600}, false, false, {right.visibleFrame}, 0, {}},
+        // Restored on the screen that holds the window, wherever that screen lies.
+        {{laptop, right}, {2000, 500}, right.visibleFrame, false, false, {rightNormal}, 0, {}},
+        {{laptop, right}, {1440, 500}, full, false, false, {right.visibleFrame}, 0, {}},  // a right edge belongs to the next screen
+        {{{{-200, 100, 1440, 900}, {-200, 100, 1440, 875}}}, {0, 500}, {-200, 100, 1440, 875}, false, false,
+         {{-80, 237.5, 1200, 600}}, 0, {}},
+        {{laptop, right}, {500, 500}, {-3000, 0, 3000, 2000}, false, false, {normal}, 0, {}}};  // off every screen
+    for (const auto& c : cases) checkMaxMin(c);
+}
+
+TEST(MainWCTest, WithAWindowManagerTheToggleFollowsItsMaximisedState) {
+    const Rect offByDecorations{26, 23, 1388, 823};  // as one compositing manager reports a maximised window
+    const MaxMinCase cases[] = {
+        {{laptop}, {700, 400}, normal, true, false, {}, 1, {}},
+        {{laptop}, {700, 400}, full, true, true, {}, 0, {normal}},
+        {{laptop}, {700, 400}, offByDecorations, true, true, {}, 0, {normal}},  // maximised by the header bar
+        {{laptop, right}, {2000, 500}, right.visibleFrame, true, true, {}, 0, {rightNormal}},
+        {{laptop}, {700, 400}, {0, 0, 1500, 950}, true, false, {normal}, 0, {}}};  // the user made it that large
+    for (const auto& c : cases) checkMaxMin(c);
+}
+
+TEST(MainWCTest, ClosingHidesTheWindowThenEndsTheProcessWithStatusZero) {
     test::FakeMainWindow window;
     std::vector<std::pair<int, bool>> exits;
     window.show();
     MainWC(window, test::FakeScreens(), [&](int s) { exits.emplace_back(s, window.isVisible()); }).windowShouldClose();
-    EXPECT_EQ(exits, (std::vector<std::pair<int, bool>>{{0, false}})) << "closing hides the window, then ends with 0";
+    EXPECT_EQ(exits, (std::vector<std::pair<int, bool>>{{0, false}}));
 }
 
 TEST(NavigationPolicyTest, DecidesEachKindOfNavigationAndSwitchesTheContextMenuOffAfterEachLoad) {
