@@ -59,7 +59,6 @@ void dropSolidBorder(GtkWidget* window) {
                                               GTK_STYLE_PROVIDER_PRIORITY_APPLICATION);
 }
 
-
 }  // namespace
 
 GtkMainWindow::GtkMainWindow(GtkApplication* application, WkWebViewWithMouseEvent& webView) : webView_(webView) {
@@ -162,7 +161,8 @@ bool GtkMainWindow::windowManagerMaximizes() const {
 #ifdef GDK_WINDOWING_X11
     GdkScreen* screen = gtk_widget_get_screen(window_.get());
     if (GDK_IS_X11_SCREEN(screen)) {
-        return gdk_x11_screen_supports_net_wm_hint(screen, gdk_atom_intern_static_string("_NET_WM_STATE_MAXIMIZED_VERT"));
+        GdkAtom maximizedVert = gdk_atom_intern_static_string("_NET_WM_STATE_MAXIMIZED_VERT");
+        return gdk_x11_screen_supports_net_wm_hint(screen, maximizedVert);
     }
 #endif
     return true;  // other backends always run a compositor that maximises
@@ -189,7 +189,8 @@ void GtkMainWindow::stateChanged(bool iconified, bool maximized) {
     iconified_ = iconified;
     const bool unmaximized = maximized_ && !maximized;
     maximized_ = maximized;
-    restoreOnLayout_ = unmaximized && pendingRestore_;
+    // Other changes (focus among them) come between the report and the layout; they keep the request.
+    if (unmaximized && pendingRestore_) restoreOnLayout_ = true;
 }
 
 void GtkMainWindow::laidOut() {

@@ -16,8 +16,8 @@ struct MaxMinCase {
     Point pointer;
     Rect before;
     bool windowManager, maximized;
-    std::vector<Rect> frames;  // what the toggle did: frames set,
-    int maximizeRequests;      // maximise requests,
+    std::vector<Rect> frames;         // what the toggle did: frames set,
+    int maximizeRequests;             // maximise requests,
     std::vector<Rect> unmaximizedTo;  // and unmaximise requests with their restored frame
 };
 
@@ -31,8 +31,8 @@ void checkMaxMin(const MaxMinCase& c) {
     window.maximized = c.maximized;
     window.show();
     MainWC(window, screens, [](int) {}).changeMaxMin();
-    const auto where = ::testing::Message() << "window at " << c.before.x << "," << c.before.y << " "
-                                            << c.before.width << "x" << c.before.height << (c.windowManager ? " with" : " without")
+    const auto where = ::testing::Message() << "window at " << c.before.x << "," << c.before.y << " " << c.before.width
+                                            << "x" << c.before.height << (c.windowManager ? " with" : " without")
                                             << " a window manager" << (c.maximized ? ", maximised" : "");
     EXPECT_EQ(window.frames, c.frames) << where;
     EXPECT_EQ(window.maximizeRequests, c.maximizeRequests) << where;
@@ -56,7 +56,8 @@ TEST(MainWCTest, WithoutAWindowManagerTheToggleSetsTheMaximisedOrTheCentredNorma
         {{laptop, right}, {2000, 500}, {1500, 100, 1200, 600}, false, false, {right.visibleFrame}, 0, {}},
         // Restored on the screen that holds the window, wherever that screen lies.
         {{laptop, right}, {2000, 500}, right.visibleFrame, false, false, {rightNormal}, 0, {}},
-        {{laptop, right}, {1440, 500}, full, false, false, {right.visibleFrame}, 0, {}},  // a right edge belongs to the next screen
+        // A screen's right edge belongs to the next screen.
+        {{laptop, right}, {1440, 500}, full, false, false, {right.visibleFrame}, 0, {}},
         {{{{-200, 100, 1440, 900}, {-200, 100, 1440, 875}}}, {0, 500}, {-200, 100, 1440, 875}, false, false,
          {{-80, 237.5, 1200, 600}}, 0, {}},
         {{laptop, right}, {500, 500}, {-3000, 0, 3000, 2000}, false, false, {normal}, 0, {}}};  // off every screen
