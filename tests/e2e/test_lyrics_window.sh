@@ -34,6 +34,10 @@ check "two other lines 2 s later" within 3 eval 'shows_two_lines "$artifacts/lyr
 # A drag by the text, 300 left and 50 down in ten moves; each tick re-centres the window on its anchor.
 centre() { local x y w h; read -r x y w h < <(geometry_of "$lyrics"); echo $((x + w / 2)) $((y + h / 2)); }
 read -r cx cy < <(centre)
+# As a hand comes: in from the left along the first row, over its glyphs (without a compositor the
+# window takes the pointer only there until the hover makes the whole box its own), then to the centre.
+read -r lx ly lw lh < <(geometry_of "$lyrics")
+for ((px = lx - 6; px <= cx; px += 3)); do xdotool mousemove "$px" $((ly + lh / 4)); done
 xdotool mousemove "$cx" "$cy" mousedown 1
 for _ in $(seq 10); do xdotool mousemove_relative -- -30 5 sleep 0.05; done
 xdotool mouseup 1

@@ -34,6 +34,8 @@ Rect toRect(const GdkRectangle& r) { return {double(r.x), double(r.y), double(r.
 
 GtkLyricsWindow::GtkLyricsWindow() : css_(GObjectPtr<GtkCssProvider>::adopt(gtk_css_provider_new())) {
     buildWidgets();
+    shape_.emplace(window_, label_);
+    hover_.emplace(window_, [this](bool entered) { pointerCrossedBox(entered); });
     connectSignals();
     applyFontSize();
     applyCss();
@@ -139,6 +141,9 @@ void GtkLyricsWindow::show() {
 
 void GtkLyricsWindow::orderOut() {
     pressed_ = false;
+    hover_->reset();
+    pointerInBox_ = false;
+    showBackground();
     gtk_widget_hide(window_);
 }
 
@@ -148,6 +153,7 @@ void GtkLyricsWindow::setText(const std::string& text) {
     if (text == text_) return;
     text_ = text;
     natural_.reset();
+    shape_->contentChanged(text_.empty());
     if (g_utf8_validate(text.data(), gssize(text.size()), nullptr)) {
         gtk_label_set_text(GTK_LABEL(label_), text.c_str());
     } else {
@@ -161,6 +167,7 @@ void GtkLyricsWindow::setFontSize(double points) {
     if (points == fontSize_) return;
     fontSize_ = points;
     natural_.reset();
+    shape_->contentChanged(text_.empty());
     applyFontSize();
 }
 
@@ -182,9 +189,32 @@ void GtkLyricsWindow::setTextColor(const Rgba& color) {
 }
 
 void GtkLyricsWindow::setTextBackground(const Rgba& color) {
-    if (color == style_.background) return;
-    style_.background = color;
+    requestedBackground_ = color;
+    showBackground();
+}
+
+// Cut to its glyphs, the window takes the pointer only on them (X gives input only where a window
+// shows), too thin to press by hand. So while the pointer is in the box there, the background its entry
+// showed is held, keeping the whole box pressable, though each tick asks for a transparent one.
+void GtkLyricsWindow::showBackground() {
+    bool hold = pointerInBox_ && shape_->shaping() && requestedBackground_.alpha == 0;
+    Rgba shown = hold ? heldBackground_ : requestedBackground_;
+    if (shown == style_.background) return;
+    style_.background = shown;
+    shape_->contentChanged(text_.empty());
     applyCss();
+}
+
+void GtkLyricsWindow::pointerCrossedBox(bool entered) {
+    pointerInBox_ = entered;
+    if (events_ != nullptr) {
+        if (entered)
+            events_->mouseEntered();
+        else
+            events_->mouseExited();
+    }
+    if (entered) heldBackground_ = requestedBackground_;
+    showBackground();
 }
 
 void GtkLyricsWindow::applyCss() {
@@ -206,14 +236,18 @@ LabelSize GtkLyricsWindow::naturalTextSize() {
     return *natural_;
 }
 
-gboolean GtkLyricsWindow::onDraw(GtkWidget*, cairo_t* cr, gpointer) noexcept {
-    // Clear to transparent; the label paints its own background on top.
-    cairo_save(cr);
-    cairo_set_source_rgba(cr, 0, 0, 0, 0);
-    cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
-    cairo_paint(cr);
-    cairo_restore(cr);
-    return FALSE;
+gboolean GtkLyricsWindow::onDraw(GtkWidget*, cairo_t* cr, gpointer data) noexcept {
+    auto* self = static_cast<GtkLyricsWindow*>(data);
+    return guardedCall("lyrics window draw", gboolean(FALSE), [&]() -> gboolean {
+        // Clear to transparent; the label paints its own background on top, except for the empty
+        // text, which shows nothing at all (not even the grey box).
+        cairo_save(cr);
+        cairo_set_source_rgba(cr, 0, 0, 0, 0);
+        cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+        cairo_paint(cr);
+        cairo_restore(cr);
+        return self->text_.empty() ? TRUE : FALSE;
+    });
 }
 
 gboolean GtkLyricsWindow::onButtonPress(GtkWidget*, GdkEventButton* event, gpointer data) noexcept {
@@ -257,11 +291,8 @@ gboolean GtkLyricsWindow::onCrossing(GtkWidget*, GdkEventCrossing* event, gpoint
     auto* self = static_cast<GtkLyricsWindow*>(data);
     return guardedCall("lyrics window hover", gboolean(TRUE), [&]() -> gboolean {
         // Crossings into or out of the box's own child windows are not the pointer coming or going.
-        if (event->detail == GDK_NOTIFY_INFERIOR || self->events_ == nullptr) return FALSE;
-        if (event->type == GDK_ENTER_NOTIFY)
-            self->events_->mouseEntered();
-        else
-            self->events_->mouseExited();
+        if (event->detail == GDK_NOTIFY_INFERIOR) return FALSE;
+        self->hover_->crossed(event->type == GDK_ENTER_NOTIFY, event->x_root, event->y_root);
         return FALSE;
     });
 }

@@ -1,6 +1,8 @@
 #pragma once
 #include "platform/LyricsWindow.h"
 #include "platform/glib/GObjectHandles.h"
+#include "platform/gtk/LyricsWindowShape.h"
+#include "platform/gtk/ShapedWindowHover.h"
 
 #include <gtk/gtk.h>
 
@@ -13,7 +15,7 @@ namespace tunelark {
 // visual, holding one centred label in an event box. Colour and background come from one CSS provider,
 // rebuilt only when one of them changes, the font size from a label attribute; every setter that
 // repeats what is shown makes no toolkit call, since the playback clock sets all of them ten times a
-// second.
+// second. Without a compositor the window is cut to the painted text (LyricsWindowShape).
 class GtkLyricsWindow : public LyricsWindow {
 public:
     GtkLyricsWindow();
@@ -46,6 +48,8 @@ private:
     void connectSignals();
     void applyFontSize();
     void applyCss();
+    void showBackground();
+    void pointerCrossedBox(bool entered);
     void applyFrame();
     GdkMonitor* mainMonitor() const;
     double mainScreenBottom() const;
@@ -62,6 +66,8 @@ private:
     GtkWidget* eventBox_ = nullptr;
     GtkWidget* label_ = nullptr;
     GObjectPtr<GtkCssProvider> css_;
+    std::optional<LyricsWindowShape> shape_;
+    std::optional<ShapedWindowHover> hover_;
 
     LyricsTextEvents* events_ = nullptr;
     LyricsWindowDelegate* delegate_ = nullptr;
@@ -70,6 +76,9 @@ private:
     std::string text_;
     double fontSize_ = 18;
     CssStyle style_;
+    Rgba requestedBackground_{0, 0, 0, 0};
+    Rgba heldBackground_{0, 0, 0, 0};
+    bool pointerInBox_ = false;
     Rect frame_;
     std::optional<LabelSize> natural_;
 
