@@ -53,6 +53,18 @@ public:
             next();
         });
     }
+    void setOnError(std::function<void(const std::string&)> onError) override {
+        if (!onError) {
+            inner_->setOnError(nullptr);
+            return;
+        }
+        inner_->setOnError([listener = listener_, onError = std::move(onError)](const std::string& message) {
+            auto next = onError;
+            auto told = listener;
+            notify(told->transportChanged);
+            next(message);
+        });
+    }
 
 private:
     std::unique_ptr<AudioPlayer> inner_;

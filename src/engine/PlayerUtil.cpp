@@ -4,6 +4,7 @@
 #include "engine/PlaybackTexts.h"
 #include "library/store/Bookmark.h"
 #include "library/store/FileNames.h"
+#include "platform/Console.h"
 #include "platform/Localized.h"
 
 #include <algorithm>
@@ -255,6 +256,9 @@ void PlayerUtil::reportStarted(MainVC& view, const Mp3Entity& entry, bool withSl
 
 void PlayerUtil::armPlayer() {
     mp3Player_->setOnEnd([this, generation = generation_] { onPlayerEnded(generation); });
+    mp3Player_->setOnError([this, generation = generation_](const std::string& message) {
+        onPlayerFailed(generation, message);
+    });
     mp3Player_->enableRate(true);
     mp3Player_->setRate(rate());
 }
@@ -270,6 +274,22 @@ void PlayerUtil::onPlayerEnded(std::uint64_t generation) {
     if (generation != generation_ || !endPending_) return;
     endPending_ = false;
     endOfTrack();
+}
+
+// An error mid-track leaves the item as a file that cannot be played does: current, without a player,
+// reported not playable. No alert, and no step to the next item.
+void PlayerUtil::onPlayerFailed(std::uint64_t generation, const std::string& message) {
+    if (generation != generation_) return;  // a replaced player's error says nothing about this item
+    consoleLine("Playback stopped: " + message);
+    replacePlayer(nullptr);
+    MainVC* view = MainVC::shared;
+    if (!view) return;
+    const Records<Mp3Entity>* list = playList(view);
+    std::optional<std::size_t> index = list ? indexOfPath(*list, view->playingFilePath) : std::nullopt;
+    Mp3Entity fromPath;
+    fromPath.fileName = lastComponentDecoded(view->playingFilePath);
+    fromPath.filePath = view->playingFilePath;
+    reportPlayItemFailed(*view, index ? *(*list)[*index] : fromPath);
 }
 
 void PlayerUtil::saveStore() {

@@ -60,6 +60,7 @@ private:
     void armPlayer();
     void replacePlayer(std::unique_ptr<AudioPlayer> player);
     void onPlayerEnded(std::uint64_t generation);
+    void onPlayerFailed(std::uint64_t generation, const std::string& message);
     void saveStore();
 
     PlayerDeps deps_;
@@ -69,7 +70,7 @@ private:
     std::unique_ptr<AudioPlayer> mp3Player_;
     int speedIdx_;
     unsigned int recordedOutputDevice_ = 0;
-    // Every player change makes a new generation; an end event of an older one is dropped.
+    // Every player change makes a new generation; an end or error event of an older one is dropped.
     std::uint64_t generation_ = 0;
     // Whether the loaded player's next end of track is still to be handled (one per start).
     bool endPending_ = false;

@@ -24,6 +24,10 @@ public:
     // Called once, later, on the main thread when the track has played to its end; never from inside a
     // method of this player, and never after the player is destroyed.
     virtual void setOnEnd(std::function<void()> onEnd) = 0;
+    // Called at most once, later, on the main thread when playback stops on an error (the file cut or
+    // unreadable, the output gone), with the error's text; never from inside a method of this player and
+    // never after it is destroyed. The callback may destroy the player. No end of track follows it.
+    virtual void setOnError(std::function<void(const std::string& message)> onError) = 0;
 };
 
 class AudioPlayerFactory {

@@ -168,6 +168,28 @@ TEST_F(PlaybackIntegrationTest, TheEndOfATrackMovesToTheNextByMode) {
     EXPECT_TRUE(dialogs.alerts.empty());
 }
 
+// The sound server ends our stream while it plays, as when the output goes away: the item stays current
+// and the page is told it cannot be played; nothing moves on to the next item.
+TEST_F(PlaybackIntegrationTest, AStreamEndedByTheServerWhilePlayingIsReportedNotPlayable) {
+    add({tone("cut.mp3", 8, 440), tone("after.mp3", 1, 660)});
+    const std::string cut = fileUrlFromPath(dir.file("cut.mp3"));
+    engine.get().playItem(cut);
+    ASSERT_TRUE(runUntil([&] { return count(isPlaying(true)) && engine.get().mp3Player()->isPlaying(); }, 5s));
+    const auto streams = [] { return shell("pactl list short sink-inputs | grep -q ."); };
+    ASSERT_TRUE(runUntil(streams, 3s)) << "no stream on the sound server";
+    page.scripts.clear();
+    ASSERT_TRUE(shell("for s in $(pactl list short sink-inputs | cut -f1); do pacmd kill-sink-input $s; done"));
+    ASSERT_TRUE(runUntil([&] { return count(durationText("-1")) > 0; }, 5s)) << "the error was not reported";
+    runUntil([] { return false; }, 500ms);
+    for (auto call : {current("-1"), playingPath(cut), isPlaying(false), slider(0), mainFileName("cut")}) {
+        EXPECT_GE(count(call), 1) << call;
+    }
+    EXPECT_EQ(count(playingPath(fileUrlFromPath(dir.file("after.mp3")))), 0);
+    EXPECT_EQ(engine.get().mp3Player(), nullptr);
+    EXPECT_EQ(view.playingFilePath, cut);
+    EXPECT_TRUE(dialogs.alerts.empty());
+}
+
 TEST_F(PlaybackIntegrationTest, ChangingTheDefaultSinkPausesOnceAndSwitchingBackResumes) {
     add({tone("long.mp3", 8, 440)});
     // The device recorded at the start must be the real one, as it is once the program has run a moment.

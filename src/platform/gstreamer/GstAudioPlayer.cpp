@@ -136,7 +136,7 @@ gboolean GstAudioPlayer::onBusMessage(GstBus*, GstMessage* message, gpointer sel
 void GstAudioPlayer::handleMessage(GstMessage* message) {
     switch (GST_MESSAGE_TYPE(message)) {
     case GST_MESSAGE_EOS: {
-        if (ended_) return;
+        if (ended_ || failed_) return;
         ended_ = true;
         playing_ = false;
         // A copy: the callback may destroy this player, and with it onEnd_. Nothing of ours is touched
@@ -145,16 +145,24 @@ void GstAudioPlayer::handleMessage(GstMessage* message) {
         if (onEnd) onEnd();
         return;
     }
-    case GST_MESSAGE_ERROR:
-        g_log(kLogDomain, G_LOG_LEVEL_MESSAGE, "Playback stopped: %s", errorText(message).c_str());
+    case GST_MESSAGE_ERROR: {
+        // A dying sink posts several errors; the first one tells.
+        if (failed_) return;
+        failed_ = true;
         playing_ = false;
+        const std::string text = errorText(message);
+        // As with the end: the callback may destroy this player.
+        auto onError = onError_;
+        if (onError) onError(text);
         return;
+    }
     default:
         return;
     }
 }
 
 bool GstAudioPlayer::play() {
+    if (failed_) return false;
     if (ended_) {
         // A finished track starts again from the beginning.
         seekTo(0);

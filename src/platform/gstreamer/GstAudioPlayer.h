@@ -32,6 +32,8 @@ public:
     void setRate(float rate) override;
     // The callback may destroy this player.
     void setOnEnd(std::function<void()> onEnd) override { onEnd_ = std::move(onEnd); }
+    // After an error the pipeline plays no more: play() refuses.
+    void setOnError(std::function<void(const std::string&)> onError) override { onError_ = std::move(onError); }
 
 private:
     GstAudioPlayer(PipelinePtr pipeline, BusPtr bus, double duration);
@@ -46,10 +48,12 @@ private:
     mutable double lastPosition_ = 0;
     bool playing_ = false;
     bool ended_ = false;
+    bool failed_ = false;
     bool rateEnabled_ = false;
     float requestedRate_ = 1.0f;
     float appliedRate_ = 1.0f;
     std::function<void()> onEnd_;
+    std::function<void(const std::string&)> onError_;
     BusWatch watch_;  // last: removed first, so no callback reaches a half-destroyed player
 };
 

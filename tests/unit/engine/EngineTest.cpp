@@ -114,6 +114,44 @@ TEST_F(EngineTest, TheEndOfATrackStepsByModeOnceAndALateEndOfAReplacedTrackIsDro
     EXPECT_THAT(sent(), ElementsAre(isPlaying(false))) << "one end, and nothing after the last item";
 }
 
+// A file cut or an output gone while a track plays: the item stays current and is reported as a file
+// that cannot be played, with no alert and no step to the next item.
+TEST_F(EngineTest, AnErrorMidTrackDropsThePlayerKeepsTheItemAndReportsItNotPlayable) {
+    addSong("a.mp3");
+    addSong("b.live.mp3");
+    player.playItem(url("a.mp3"));
+    auto replaced = players.last();
+    player.playItem(url("b.live.mp3"));
+    auto track = players.last();
+    track->advance(30);
+    sent();
+    replaced->fail("Disconnected: Entity killed");
+    EXPECT_THAT(sent(), IsEmpty()) << "an error of a replaced player";
+    EXPECT_EQ(player.mp3Player()->position(), 30);
+
+    internal::CaptureStdout();
+    track->fail("Internal data stream error.");
+    const std::string console = internal::GetCapturedStdout();
+    EXPECT_THAT(sent(), ElementsAre(current("-1"), durationText("-1"), playingPath(url("b.live.mp3")),
+                                    isPlaying(false), slider(0), mainFileName("b.live")));
+    EXPECT_THAT(console, StartsWith("Playback stopped: Internal data stream error.\n"));
+    EXPECT_TRUE(track->destroyed && !player.mp3Player() && !view->isPlaying);
+    EXPECT_EQ(view->playingFilePath, url("b.live.mp3"));
+    EXPECT_EQ(players.openedPaths.size(), 2u) << "no skip to the next item";
+    EXPECT_TRUE(dialogs.alerts.empty());
+    track->finish();
+    track->fail("again");
+    EXPECT_THAT(sent(), IsEmpty()) << "the dropped player is heard no more";
+
+    // The item left the play list while it played: its name comes from its path.
+    player.playItem(url("a.mp3"));
+    view->storedMp3Entities->clear();
+    sent();
+    players.last()->fail("Could not read from resource.");
+    EXPECT_THAT(sent(), ElementsAre(current("-1"), durationText("-1"), playingPath(url("a.mp3")), isPlaying(false),
+                                    slider(0), mainFileName("a")));
+}
+
 TEST_F(EngineTest, TheDeviceWatchPausesOnceWhenTheDeviceChangesAndResumesOnlyOnItsReturn) {
     Engine engine{deps()};
     OutputDeviceWatch watch{engine, device};

@@ -14,6 +14,7 @@ struct FakeTrack {
     float rate = 1;
     std::vector<std::string> calls;
     std::function<void()> onEnd;
+    std::function<void(const std::string&)> onError;
 
     void advance(double seconds) { position += playing ? seconds * (rateEnabled ? rate : 1.0f) : 0; }
     // As the platform reports an end; the callback may destroy the player.
@@ -21,6 +22,12 @@ struct FakeTrack {
         position = duration;
         playing = false;
         if (auto callback = onEnd) callback();
+    }
+    // As the platform reports an error mid-track (the file cut, the output gone); the callback may
+    // destroy the player.
+    void fail(const std::string& message) {
+        playing = false;
+        if (auto callback = onError) callback(message);
     }
 };
 
@@ -43,6 +50,7 @@ public:
     void enableRate(bool enabled) override { t_->calls.push_back("enableRate"); t_->rateEnabled = enabled; }
     void setRate(float rate) override { t_->calls.push_back("setRate"); t_->rate = rate; }
     void setOnEnd(std::function<void()> onEnd) override { t_->onEnd = std::move(onEnd); }
+    void setOnError(std::function<void(const std::string&)> onError) override { t_->onError = std::move(onError); }
 
 private:
     std::shared_ptr<FakeTrack> t_;
