@@ -32,7 +32,8 @@ Application::Application(GtkApplication* application, const PageResources& resou
               return file ? std::optional<std::string>(file->string()) : std::nullopt;
           },
           [this](const NavigationAction& action) { return navigation_.decide(action); },
-          [this] { navigation_.navigationFinished(); }}),
+          [this] { navigation_.navigationFinished(); },
+          [this](const std::string& reason) { playList_.pageProcessEnded(reason); }}),
       window_(application, webView_),
       dialogs_([this] { return window_.gtkWindow(); }),
       navigation_(webView_, urlOpener_, readQueriesSchemes(resources.appInfo.string())),
@@ -51,6 +52,7 @@ Application::Application(GtkApplication* application, const PageResources& resou
                                   }}) {
     engine_.seams().setLyricText = [](const std::string& text) { setSharedLyricText(text); };
     engine_.seams().mainWindowVisible = [this] { return window_.isVisible(); };
+    playList_.setLyricsWindowShown([this] { return lyricsWindow_.isShown(); });
     window_.setOnCloseRequest([this] { mainWC_.windowShouldClose(); });
     installMenu();
     fillOperations();

@@ -27,6 +27,7 @@ void MainVC::setMode() {
 }
 
 void MainVC::setIsPlaying(bool playing) {
+    sentIsPlaying_ = playing;
     post([playing](const MainVC&) { return setIsPlayingScript(playing); });
 }
 
@@ -35,10 +36,12 @@ void MainVC::setPlayingFilePath(const std::string& filePath) {
 }
 
 void MainVC::setMainFileName(const std::string& name) {
+    sentMainFileName_ = name;
     post([name](const MainVC&) { return setMainFileNameScript(name); });
 }
 
 void MainVC::setDuration(const std::string& text) {
+    sentDuration_ = text;
     post([text](const MainVC&) { return setDurationScript(text); });
 }
 
@@ -51,7 +54,21 @@ void MainVC::setSliderCurrentValue(std::int64_t value) {
 }
 
 void MainVC::setSpeed(const std::string& text) {
+    sentSpeed_ = text;
     post([text](const MainVC&) { return setSpeedScript(text); });
+}
+
+void MainVC::setLyricsSwitches(bool on) {
+    post([on](const MainVC& view) { return setLyricsSwitchesScript(on, view.displayingRowNum); });
+}
+
+void MainVC::sendPlaybackAgain(const std::string& initialSpeed) {
+    setIsPlaying(sentIsPlaying_);
+    setPlayingFilePath(playingFilePath);
+    // A page that was never told a duration or name shows its own "nothing loaded" already.
+    if (sentDuration_) setDuration(*sentDuration_);
+    if (sentMainFileName_) setMainFileName(*sentMainFileName_);
+    setSpeed(sentSpeed_.value_or(initialSpeed));
 }
 
 }  // namespace tunelark

@@ -42,6 +42,13 @@ public:
     void setCurrent(const std::string& text);
     void setSliderCurrentValue(std::int64_t value);
     void setSpeed(const std::string& text);
+    // The lyrics switch and the row mode (displayingRowNum, read when the script is built).
+    void setLyricsSwitches(bool on);
+
+    // Tells a freshly loaded page again what it was last told of playback: playing or not (isPlaying
+    // stays true over a pause, the page's state does not), the playing path, and the duration, display
+    // name and speed last sent (initialSpeed when no speed was sent).
+    void sendPlaybackAgain(const std::string& initialSpeed);
 
     // Evaluates a ready script at once (from main-queue tasks that already built it); nothing without a
     // web view.
@@ -53,6 +60,11 @@ private:
     // The script is built from the main view found in the slot when the task runs.
     void post(std::function<std::string(const MainVC&)> buildScript);
     MainQueue& queue_;
+    // The last value of each page call that nothing else repeats (the position is sent on every tick).
+    bool sentIsPlaying_ = false;
+    std::optional<std::string> sentDuration_;
+    std::optional<std::string> sentMainFileName_;
+    std::optional<std::string> sentSpeed_;
 };
 
 }  // namespace tunelark

@@ -141,4 +141,11 @@ std::string setSliderCurrentValueScript(std::int64_t value) {
 
 std::string setSpeedScript(std::string_view text) { return quotedCall("setSpeed", text); }
 
+std::string setLyricsSwitchesScript(bool on, int displayingRowNum) {
+    // The texts the page itself posts in "nativeTurnLyricsOn".
+    std::string script = on ? "setLyricsSwitches(\"true\"," : "setLyricsSwitches(\"false\",";
+    script += displayingRowNum == 2 ? "\"towRows\");" : "\"oneRow\");";
+    return script;
+}
+
 }  // namespace tunelark

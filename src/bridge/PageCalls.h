@@ -30,5 +30,7 @@ std::string setDurationScript(std::string_view text);
 std::string setCurrentScript(std::string_view text);
 std::string setSliderCurrentValueScript(std::int64_t value);
 std::string setSpeedScript(std::string_view text);
+// The page's lyrics switch and its rows choice: setLyricsSwitches("true","towRows"); and the like.
+std::string setLyricsSwitchesScript(bool on, int displayingRowNum);
 
 }  // namespace tunelark

@@ -3,6 +3,7 @@
 #include "bridge/MainVC.h"
 #include "bridge/MainWindowFrame.h"
 #include "bridge/PageCalls.h"
+#include "engine/PlaybackTexts.h"
 #include "engine/lyrics/CharsetEnum.h"
 #include "library/store/FileNames.h"
 #include "platform/Console.h"
@@ -13,6 +14,7 @@
 #include <cstdint>
 #include <string>
 #include <unordered_map>
+#include <utility>
 
 namespace tunelark {
 
@@ -129,7 +131,11 @@ void PlayList::sendPlayList() {
 }
 
 void PlayList::showWindow(MainWindow& window, const Screens& screens) {
-    if (window.frame().width >= kMainWindowSizedWidth) return;  // sized by an earlier showWindow
+    if (window.frame().width >= kMainWindowSizedWidth) {  // sized by an earlier showWindow
+        if (std::exchange(pageLost_, false)) restorePage();
+        return;
+    }
+    pageLost_ = false;  // this page gets everything below anyway
     consoleLine("isVisible == false");
     MainVC* view = MainVC::shared;
     if (view != nullptr) view->loaded = true;
@@ -140,12 +146,32 @@ void PlayList::showWindow(MainWindow& window, const Screens& screens) {
     consoleLine("启动时，清理一次已存储的播放单文件列表中不需要的lrc文件内容，并发送文件列表给UI");
     queue_.post([this] { sendPlayList(); });
     if (view == nullptr || view->wkWebView == nullptr) return;
+    sendCharsetNames(*view);
+    view->setMode();  // queued; reads the play mode when it runs
+}
 
+void PlayList::pageProcessEnded(const std::string& reason) {
+    consoleLine("Page process ended: " + reason + "; reloading the page");
+    pageLost_ = true;
+}
+
+void PlayList::sendCharsetNames(MainVC& view) {
     const std::string names = nlohmann::json(allCharsetNames()).dump(-1, ' ', false,
                                                                       nlohmann::json::error_handler_t::replace);
     consoleLine("native allSupportedCharsetNamesJsonString::::" + jsStringContent(names));
-    view->evaluate(setAllSupportedCharsetNamesScript(names));
-    view->setMode();  // queued; reads the play mode when it runs
+    view.evaluate(setAllSupportedCharsetNamesScript(names));
+}
+
+// A reloaded page starts from its defaults: everything the first showing sent, then what playback and
+// the lyrics window have changed since. The position follows with the next clock tick.
+void PlayList::restorePage() {
+    queue_.post([this] { sendPlayList(); });
+    MainVC* view = MainVC::shared;
+    if (view == nullptr || view->wkWebView == nullptr) return;
+    sendCharsetNames(*view);
+    view->setMode();
+    view->sendPlaybackAgain(std::string(kSpeeds[kInitialSpeedIdx]));
+    view->setLyricsSwitches(lyricsWindowShown_ && lyricsWindowShown_());
 }
 
 }  // namespace tunelark

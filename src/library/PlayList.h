@@ -4,10 +4,14 @@
 #include "platform/MainQueue.h"
 #include "platform/MainWindow.h"
 
+#include <functional>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace tunelark {
+
+class MainVC;
 
 struct PlayListRecords {
     std::vector<Mp3FileItem> mp3FileItems;  // play-list order
@@ -34,12 +38,23 @@ public:
 
     // The page is ready: the first time (the window still unsized), places the window at 1200 by 600 on
     // the main screen and shows it, sends the encoding names at once, and queues the play list and the
-    // play mode. Later calls do nothing.
+    // play mode. Later calls do nothing, except the first one after pageProcessEnded: that page is a
+    // reloaded one and gets the native state again (the window stays as it is).
     void showWindow(MainWindow& window, const Screens& screens);
 
+    // The page's process ended and the web view reloads the page; its next showWindow restores it.
+    void pageProcessEnded(const std::string& reason);
+    // Whether the lyrics window is shown, for a restored page's switch; off when not set.
+    void setLyricsWindowShown(std::function<bool()> shown) { lyricsWindowShown_ = std::move(shown); }
+
 private:
+    void sendCharsetNames(MainVC& view);
+    void restorePage();
+
     Store& store_;
     MainQueue& queue_;
+    std::function<bool()> lyricsWindowShown_;
+    bool pageLost_ = false;
 };
 
 }  // namespace tunelark

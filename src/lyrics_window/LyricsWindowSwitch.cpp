@@ -36,6 +36,10 @@ void LyricsWindowSwitch::turnOneRowOrTow(const std::string& rowAmoutString) {
     if (rowAmoutString == "towRows") MainVC::shared->displayingRowNum = 2;
 }
 
+bool LyricsWindowSwitch::isShown() const {
+    return LyricsWC::shared != nullptr && LyricsWC::shared->window().isVisible();
+}
+
 void LyricsWindowSwitch::performShowLyricsWindowSegue() {
     // The main view performs the segue; without it nothing is made.
     if (MainVC::shared == nullptr || !makeWindow_) return;

@@ -24,6 +24,8 @@ public:
     void turnLyricsOn(const std::string& needOn, const std::string& rowAmoutString);
     // "oneRow" is one row, "towRows" two; anything else leaves the row mode.
     void turnOneRowOrTow(const std::string& rowAmoutString);
+    // Whether the lyrics window is on screen: what the page's switch shows.
+    bool isShown() const;
 
 private:
     struct Scene;

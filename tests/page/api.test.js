@@ -56,3 +56,17 @@ T.test('hostile file names are shown as text and sent back unchanged', async () 
   await T.native('setMainFileName(' + JSON.stringify(hostile[3]) + ');');
   T.eq([T.$('#now-title').textContent, T.$('#now-title').children.length], [hostile[3], 0], 'title as text');
 });
+
+T.test('a reloaded page takes the lyrics switches as told, posts nothing, and the next clicks go on from them', async () => {
+  const shown = () => [T.$('#lyrics-toggle').getAttribute('aria-checked'),
+    T.$('#rows-one').getAttribute('aria-pressed'), T.$('#rows-two').getAttribute('aria-pressed')];
+  await T.expectPosts(() => T.native('setLyricsSwitches("true","towRows");'), []);
+  T.eq(shown(), ['true', 'false', 'true'], 'on, two rows');
+  await T.expectPosts(() => T.click('#lyrics-toggle'), [
+    ['nativeTurnLyricsOn', { needOn: 'false', rowAmoutString: 'towRows' }]]);
+  await T.native('setLyricsSwitches("true","sixRows");');
+  T.eq(shown(), ['true', 'false', 'true'], 'an unknown rows text keeps the rows');
+  await T.native('setLyricsSwitches("false","oneRow");');
+  T.eq(shown(), ['false', 'true', 'false'], 'off, one row');
+  await T.expectPosts(() => T.click('#rows-one'), [], 'one row was already chosen');
+});

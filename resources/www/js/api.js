@@ -136,3 +136,11 @@ function setSpeed(text) {
   Tunelark.state.speed = Tunelark.text(text);
   if (Tunelark.view) Tunelark.view.controls.showSpeed();
 }
+
+// Only a page reloaded after its process ended gets this: the switches as the native side holds them.
+// Nothing is posted back, as the lyrics window is already in that state.
+function setLyricsSwitches(needOn, rows) {
+  Tunelark.state.lyricsOn = needOn === true || needOn === 'true';
+  if (rows === 'oneRow' || rows === 'towRows') Tunelark.state.rows = rows;
+  if (Tunelark.view) Tunelark.view.controls.showLyricsSwitches();
+}

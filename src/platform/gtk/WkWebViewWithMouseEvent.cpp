@@ -116,6 +116,15 @@ gboolean ignoreContextMenu(WebKitWebView*, WebKitContextMenu*, GdkEvent*, WebKit
 }
 GtkWidget* ignoreNewWindow(WebKitWebView*, WebKitNavigationAction*, gpointer) noexcept { return nullptr; }
 
+const char* terminationText(WebKitWebProcessTerminationReason reason) {
+    switch (reason) {
+    case WEBKIT_WEB_PROCESS_CRASHED: return "crashed";
+    case WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT: return "exceeded its memory limit";
+    case WEBKIT_WEB_PROCESS_TERMINATED_BY_API: return "ended on request";
+    }
+    return "ended";
+}
+
 }  // namespace
 
 struct WkWebViewWithMouseEventSignals {
@@ -146,6 +155,16 @@ struct WkWebViewWithMouseEventSignals {
         // replace the page with an error page.
         g_log(kLogDomain, G_LOG_LEVEL_DEBUG, "not shown in the page: %s (%s)", uri, error ? error->message : "");
         return TRUE;
+    }
+
+    static void webProcessTerminated(WebKitWebView*, WebKitWebProcessTerminationReason reason,
+                                     gpointer data) noexcept {
+        auto* self = static_cast<WkWebViewWithMouseEvent*>(data);
+        guardedCall("page process ended", [&] {
+            if (self->callbacks_.webProcessTerminated) self->callbacks_.webProcessTerminated(terminationText(reason));
+            // The load starts a new page process; the page then posts "showWindow" again.
+            self->loadPage();
+        });
     }
 
     static gboolean buttonPressed(GtkWidget*, GdkEvent* event, gpointer data) noexcept {
@@ -197,6 +216,7 @@ void WkWebViewWithMouseEvent::connectSignals() {
     connections_.emplace_back(view, "decide-policy", G_CALLBACK(&S::decidePolicy), this);
     connections_.emplace_back(view, "load-changed", G_CALLBACK(&S::loadChanged), this);
     connections_.emplace_back(view, "load-failed", G_CALLBACK(&S::loadFailed), this);
+    connections_.emplace_back(view, "web-process-terminated", G_CALLBACK(&S::webProcessTerminated), this);
     connections_.emplace_back(view, "button-press-event", G_CALLBACK(&S::buttonPressed), this);
     connections_.emplace_back(view, "button-release-event", G_CALLBACK(&S::buttonReleased), this);
     connections_.emplace_back(view, "motion-notify-event", G_CALLBACK(&S::pointerMoved), this);

@@ -46,6 +46,8 @@ public:
         std::function<std::optional<std::string>(const std::string& requestPath)> resolvePageFile;
         std::function<NavigationDecision(const NavigationAction&)> decideNavigation;
         std::function<void()> navigationFinished;
+        // The page's process ended ("crashed", ...); the view then loads the page again.
+        std::function<void(const std::string& reason)> webProcessTerminated;
     };
 
     explicit WkWebViewWithMouseEvent(Callbacks callbacks);

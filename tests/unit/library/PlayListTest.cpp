@@ -190,5 +190,68 @@ TEST_F(PlayListTest, TheFirstShowingSendsTheNamesAtOnceThenQueuesListAndModeAndA
                 UnorderedElementsAre("setMode(\"random\");", StartsWith("setPlayList(\"[{")));
 }
 
+// A page reloaded after its process ended is told everything again, once, and the window stays put.
+class PageRestoreTest : public PlayListTest {
+protected:
+    PageRestoreTest() { screens.screens.push_back(Screen{{0, 0, 1920, 1080}, {0, 0, 1920, 1050}}); }
+    std::string crash() {
+        internal::CaptureStdout();
+        playList.pageProcessEnded("crashed");
+        return internal::GetCapturedStdout();
+    }
+    // The first script (sent at once) and the queued ones after it.
+    std::pair<std::string, std::vector<std::string>> showAgain() {
+        playList.showWindow(window, screens);
+        const std::string first = page.scripts.empty() ? "" : page.scripts.front();
+        auto queued = sent();
+        if (!queued.empty()) queued.erase(queued.begin());
+        return {first, queued};
+    }
+    FakeMainWindow window;
+    FakeScreens screens;
+};
+
+TEST_F(PageRestoreTest, AfterThePageProcessEndedTheNextShowingResendsPlaybackListModeAndLyricsSwitches) {
+    bool lyricsShown = true;
+    playList.setLyricsWindowShown([&] { return lyricsShown; });
+    addSong("a.mp3");
+    playList.showWindow(window, screens);
+    engine.get().playItem(url("a.mp3"));
+    engine.clock().speedUp();
+    view->playMode = "random";
+    view->displayingRowNum = 2;
+    sent();
+
+    EXPECT_EQ(crash(), "Page process ended: crashed; reloading the page\n");
+    auto [first, queued] = showAgain();
+    EXPECT_THAT(first, StartsWith("setAllSupportedCharsetNames(\"[\\\"utf8\\\","));
+    EXPECT_THAT(queued, UnorderedElementsAre(StartsWith("setPlayList(\"[{"), "setMode(\"random\");", speedText("1.25"),
+                                             playingPath(url("a.mp3")), isPlaying(true), durationText("03:20"),
+                                             mainFileName("a"), "setLyricsSwitches(\"true\",\"towRows\");"));
+    EXPECT_TRUE(window.frames.size() == 1u && window.showCount == 1) << "neither moved nor shown again";
+
+    engine.get().pause();
+    lyricsShown = false;
+    sent();
+    EXPECT_TRUE(showAgain().second.empty()) << "one restore per ended process";
+    crash();
+    EXPECT_THAT(showAgain().second, AllOf(Contains(isPlaying(false)), Contains("setLyricsSwitches(\"false\",\"towRows\");")));
+}
+
+TEST_F(PageRestoreTest, AnEndBeforeTheFirstShowingLeavesItAsItIsAndANewPageGetsThePagesOwnDefaults) {
+    addSong("a.mp3");
+    crash();
+    playList.showWindow(window, screens);
+    EXPECT_EQ(window.frames.size(), 1u);
+    EXPECT_EQ(sent().size(), 3u) << "names, list, mode: the first showing";
+    EXPECT_TRUE(showAgain().second.empty());
+
+    crash();
+    EXPECT_THAT(showAgain().second,
+                UnorderedElementsAre(StartsWith("setPlayList("), "setMode(\"cycle\");", speedText("1.0"), playingPath(""),
+                                     isPlaying(false), "setLyricsSwitches(\"false\",\"oneRow\");"))
+        << "nothing played: no duration or name, and the switch reads off without a lyrics window";
+}
+
 }  // namespace
 }  // namespace tunelark::test
