@@ -1,6 +1,8 @@
 #include "bridge/handlers/HandlerTable.h"
 
 #include "platform/Console.h"
+#include "platform/JsonText.h"
+#include "platform/WholeNumber.h"
 
 #include <nlohmann/json.hpp>
 
@@ -25,7 +27,7 @@ std::function<void()> call(const std::function<void(Params...)>& seam, Args... a
 std::function<void()> nothing(const BridgeOperations&, const BodyValues&) { return {}; }
 
 std::string rendered(const BodyValues& values) {
-    return nlohmann::json(values).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return compactJson(nlohmann::json(values));
 }
 
 // A whole text as a base-10 integer: no blanks, no "+", nothing left over.
@@ -36,11 +38,11 @@ std::optional<long long> wholeInteger(std::string_view text) {
     return value;
 }
 
-// A whole text as a finite decimal number ("5000", "2500.5", "1e3").
+// A whole text as a finite decimal number ("5000", "2500.5", "1e3"): no "+" in front, no hexadecimal.
 std::optional<double> wholeDecimal(std::string_view text) {
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
+    if (text.starts_with('+') || text.find_first_of("xX") != std::string_view::npos) return std::nullopt;
+    const auto value = parseWholeNumber(text);
+    if (!value || !std::isfinite(*value)) return std::nullopt;
     return value;
 }
 
