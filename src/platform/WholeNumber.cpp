@@ -1,5 +1,6 @@
 #include "platform/WholeNumber.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <locale.h>
 #include <string>
@@ -24,6 +25,14 @@ std::optional<double> parseWholeNumber(std::string_view text) {
     const locale_t locale = cLocale();
     const double value = locale ? strtod_l(copy.c_str(), &end, locale) : std::strtod(copy.c_str(), &end);
     if (end != copy.c_str() + copy.size()) return std::nullopt;
+    return value;
+}
+
+std::optional<double> parseFiniteDecimal(std::string_view text) {
+    // Only the hexadecimal form has an x; infinity and NaN are refused by their value.
+    if (text.find_first_of("xX") != std::string_view::npos) return std::nullopt;
+    const auto value = parseWholeNumber(text);
+    if (!value || !std::isfinite(*value)) return std::nullopt;
     return value;
 }
 

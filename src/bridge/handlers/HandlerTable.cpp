@@ -7,7 +7,6 @@
 #include <nlohmann/json.hpp>
 
 #include <charconv>
-#include <cmath>
 #include <utility>
 
 namespace tunelark {
@@ -38,12 +37,10 @@ std::optional<long long> wholeInteger(std::string_view text) {
     return value;
 }
 
-// A whole text as a finite decimal number ("5000", "2500.5", "1e3"): no "+" in front, no hexadecimal.
+// A whole text as a finite decimal number ("5000", "2500.5", "1e3"), without a "+" in front.
 std::optional<double> wholeDecimal(std::string_view text) {
-    if (text.starts_with('+') || text.find_first_of("xX") != std::string_view::npos) return std::nullopt;
-    const auto value = parseWholeNumber(text);
-    if (!value || !std::isfinite(*value)) return std::nullopt;
-    return value;
+    if (text.starts_with('+')) return std::nullopt;
+    return parseFiniteDecimal(text);
 }
 
 // 0-based page indexes to play-list positions; nothing when either is missing or leaves 1..32767.

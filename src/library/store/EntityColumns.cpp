@@ -5,9 +5,12 @@ namespace tunelark {
 namespace {
 
 template <typename T, typename Piece>
-std::string joined(const EntityColumns<T>& table, Piece piece) {
+std::string joined(const EntityColumns<T>& table, Piece piece, std::string_view separator = ", ") {
     std::string text;
-    for (const auto& column : table.columns) text += (text.empty() ? "" : ", ") + piece(column);
+    for (const auto& column : table.columns) {
+        if (!text.empty()) text += separator;
+        text += piece(column);
+    }
     return text;
 }
 
@@ -30,10 +33,9 @@ std::string EntityColumns<T>::assignments() const {
 
 template <typename T>
 std::string EntityColumns<T>::createTable() const {
-    const std::string columnsSql = joined(*this, [](const Column<T>& c) {
-        return "\n    " + std::string(c.name) + " " + c.declaration;
-    });
-    return "CREATE TABLE " + std::string(table) + " (\n    id INTEGER PRIMARY KEY," + columnsSql + "\n) STRICT;\n";
+    const std::string columnsSql =
+        joined(*this, [](const Column<T>& c) { return std::string(c.name) + " " + c.declaration; }, ",\n    ");
+    return "CREATE TABLE " + std::string(table) + " (\n    id INTEGER PRIMARY KEY,\n    " + columnsSql + "\n) STRICT;\n";
 }
 
 template <typename T>
