@@ -162,8 +162,8 @@ std::vector<std::shared_ptr<const ByJsHandler>> registerHandlers(PageView& page,
     std::vector<std::shared_ptr<const ByJsHandler>> handlers;
     for (const auto& row : handlerTable()) {
         std::shared_ptr<const ByJsHandler> handler = row.create(row, queue, shared);
-        page.registerHandler(std::string(row.messageName),
-                             [handler](const std::string& bodyJson) { handler->received(bodyJson); });
+        page.bindMessage(std::string(row.messageName),
+                         [handler](const std::string& bodyJson) { handler->received(bodyJson); });
         handlers.push_back(std::move(handler));
     }
     return handlers;
