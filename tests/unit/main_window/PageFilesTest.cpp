@@ -25,7 +25,9 @@ protected:
         fs::create_symlink(root / "www" / "js" / "main.js", root / "www" / "in.js");
         ::mkfifo((root / "www" / "pipe").c_str(), 0600);
     }
-    std::optional<fs::path> resolve(std::string_view request) const { return PageFolder(root / "www").resolve(request); }
+    std::optional<fs::path> resolve(std::string_view request) const {
+        return PageFolder(root / "www").resolve(request);
+    }
 
     test::TempDir dir;
     fs::path root = fs::canonical(dir.path);
@@ -66,6 +68,7 @@ TEST(PageResourcesTest, TheFolderIsFoundBesideTheRealExecutableOrUnderShareAndAM
     test::writeAll((root / "prefix" / "bin" / "tunelark").string(), "");
     make(root / "build" / "resources", true);
     make(root / "prefix" / "share" / "tunelark", true);
+    make(root / "share" / "tunelark", true);  // where the build tree's installed layout would be
     fs::create_symlink(root / "build" / "tunelark", root / "built-link");
     fs::create_symlink(root / "prefix" / "bin" / "tunelark", root / "installed-link");
 
