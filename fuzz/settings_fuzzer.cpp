@@ -5,6 +5,7 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -28,8 +29,8 @@ static void checkNumber(const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     FuzzedDataProvider input(data, size);
-    const std::string keys[] = {std::string(kOneRowFontSizeKey), std::string(kTwoRowsFontSizeKey),
-                                std::string(kFontColorKey), std::string(kKeepBackgroundColorKey)};
+    const auto keys = std::apply([](const auto&... row) { return std::array{std::string(row.key)...}; },
+                                  kLyricsSettings);
     Records<SettingsEntity> records;
     for (int i = input.ConsumeIntegralInRange(0, 8); i > 0; --i) {
         auto& record = records.emplace_back(std::make_shared<SettingsEntity>());

@@ -28,7 +28,22 @@ const T* argument(const std::vector<BusValue>& args, std::size_t index) {
     return index < args.size() ? std::get_if<T>(&args[index]) : nullptr;
 }
 
-BusError invalid(std::string message) { return {kInvalidArgs, std::move(message)}; }
+std::optional<BusError> invalid(std::string message) { return BusError{kInvalidArgs, std::move(message)}; }
+
+std::optional<BusError> notSupported(std::string message) { return BusError{kNotSupported, std::move(message)}; }
+
+// Runs a method that always succeeds.
+std::optional<BusError> done(const std::function<void()>& operation) {
+    run(operation);
+    return std::nullopt;
+}
+
+constexpr std::string_view kRoot = kMprisRootInterface;
+constexpr std::string_view kPlayer = kMprisPlayerInterface;
+constexpr int kLastSpeedIdx = static_cast<int>(kSpeeds.size()) - 1;
+double rateAt(int speedIdx) { return static_cast<double>(rateForSpeedIdx(speedIdx)); }
+
+std::string playMode() { return MainVC::shared ? MainVC::shared->playMode : std::string(); }
 
 }  // namespace
 
@@ -80,53 +95,53 @@ void MediaPlayer2::later(std::function<void(MediaPlayer2&)> task) {
 }
 
 std::optional<BusError> MediaPlayer2::callMethod(const std::string& interfaceName, const std::string& method,
-                                                 const std::vector<BusValue>& args) {
-    if (interfaceName == kMprisRootInterface) {
-        if (method == "Raise") {
-            run(deps_.raise);
-            return std::nullopt;
-        }
-        if (method == "Quit") {
-            // After the reply: the quit decision may hold a dialog open.
-            later([](MediaPlayer2& player) { run(player.deps_.quit); });
-            return std::nullopt;
-        }
-    } else if (interfaceName == kMprisPlayerInterface) {
-        auto error = callPlayer(method, args);
-        queueRefresh();
-        return error;
+                                                 const Arguments& args) {
+    const auto row = methods().find({interfaceName, method});
+    const bool found = row != methods().end();
+    if (interfaceName != kMprisPlayerInterface) {
+        if (found) return row->second(*this, args);
+        return BusError{kUnknownMethod, "no method " + method + " in " + interfaceName};
     }
-    return BusError{kUnknownMethod, "no method " + method + " in " + interfaceName};
+    auto error = found ? row->second(*this, args) : BusError{kUnknownMethod, "no method " + method};
+    queueRefresh();
+    return error;
 }
 
-std::optional<BusError> MediaPlayer2::callPlayer(const std::string& method, const std::vector<BusValue>& args) {
-    const BridgeOperations& operations = deps_.operations;
-    if (method == "Play") {
-        run(operations.play);
-    } else if (method == "Pause" || method == "Stop") {
-        run(operations.pause);
-    } else if (method == "PlayPause") {
-        const bool playing = reader_.read().playbackStatus == "Playing";
-        run(playing ? operations.pause : operations.play);
-    } else if (method == "Next") {
-        run(operations.playNext);
-    } else if (method == "Previous") {
-        run(operations.playPrev);
-    } else if (method == "Seek") {
-        const auto* offset = argument<std::int64_t>(args, 0);
-        return offset ? seek(*offset) : invalid("Seek takes an offset in microseconds");
-    } else if (method == "SetPosition") {
-        const auto* trackId = argument<BusObjectPath>(args, 0);
-        const auto* position = argument<std::int64_t>(args, 1);
-        if (!trackId || !position) return invalid("SetPosition takes a track id and microseconds");
-        return setPosition(trackId->path, *position);
-    } else if (method == "OpenUri") {
-        const auto* uri = argument<std::string>(args, 0);
-        return uri ? openUri(*uri) : invalid("OpenUri takes a URI");
-    } else {
-        return BusError{kUnknownMethod, "no method " + method};
-    }
-    return std::nullopt;
+const std::map<MediaPlayer2::Member, MediaPlayer2::Method>& MediaPlayer2::methods() {
+    using P = MediaPlayer2&;
+    using A = const Arguments&;
+    static const std::map<Member, Method> table{
+        {{kRoot, "Raise"}, [](P p, A) { return done(p.deps_.raise); }},
+        // After the reply: the quit decision may hold a dialog open.
+        {{kRoot, "Quit"}, [](P p, A) {
+             p.later([](MediaPlayer2& later) { run(later.deps_.quit); });
+             return std::optional<BusError>();
+         }},
+        {{kPlayer, "Play"}, [](P p, A) { return done(p.deps_.operations.play); }},
+        {{kPlayer, "Pause"}, [](P p, A) { return done(p.deps_.operations.pause); }},
+        {{kPlayer, "Stop"}, [](P p, A) { return done(p.deps_.operations.pause); }},
+        {{kPlayer, "PlayPause"}, [](P p, A) {
+             const bool playing = p.reader_.read().playbackStatus == "Playing";
+             return done(playing ? p.deps_.operations.pause : p.deps_.operations.play);
+         }},
+        {{kPlayer, "Next"}, [](P p, A) { return done(p.deps_.operations.playNext); }},
+        {{kPlayer, "Previous"}, [](P p, A) { return done(p.deps_.operations.playPrev); }},
+        {{kPlayer, "Seek"}, [](P p, A args) {
+             const auto* offset = argument<std::int64_t>(args, 0);
+             return offset ? p.seek(*offset) : invalid("Seek takes an offset in microseconds");
+         }},
+        {{kPlayer, "SetPosition"}, [](P p, A args) {
+             const auto* trackId = argument<BusObjectPath>(args, 0);
+             const auto* position = argument<std::int64_t>(args, 1);
+             if (!trackId || !position) return invalid("SetPosition takes a track id and microseconds");
+             return p.setPosition(trackId->path, *position);
+         }},
+        {{kPlayer, "OpenUri"}, [](P p, A args) {
+             const auto* uri = argument<std::string>(args, 0);
+             return uri ? p.openUri(*uri) : invalid("OpenUri takes a URI");
+         }},
+    };
+    return table;
 }
 
 // Past the end acts as Next, before the start seeks to the start; nothing without a seekable track.
@@ -165,59 +180,65 @@ std::optional<BusError> MediaPlayer2::openUri(const std::string& uri) {
 }
 
 std::optional<BusValue> MediaPlayer2::readProperty(const std::string& interfaceName, const std::string& name) {
-    if (interfaceName == kMprisRootInterface) return rootProperty(name);
-    if (interfaceName == kMprisPlayerInterface) return playerProperty(name);
-    return std::nullopt;
-}
-
-std::optional<BusValue> MediaPlayer2::rootProperty(const std::string& name) const {
-    if (name == "CanQuit" || name == "CanRaise") return true;
-    if (name == "HasTrackList") return false;
-    if (name == "Identity") return std::string("Tunelark");
-    if (name == "DesktopEntry") return std::string("org.tunelark.Tunelark");
-    if (name == "SupportedUriSchemes") return BusStrings{"file"};
-    if (name == "SupportedMimeTypes") return BusStrings{"audio/mpeg"};
-    return std::nullopt;
-}
-
-std::optional<BusValue> MediaPlayer2::playerProperty(const std::string& name) {
-    if (name == "Position") return microseconds(reader_.position().value_or(0.0)).value_or(0);
-    if (name == "Volume") return 1.0;
-    if (name == "MinimumRate") return static_cast<double>(rateForSpeedIdx(0));
-    if (name == "MaximumRate") return static_cast<double>(rateForSpeedIdx(static_cast<int>(kSpeeds.size()) - 1));
-    if (name == "CanControl") return true;
-    BusProperties all = reader_.read().properties();
-    auto found = all.find(name);
-    if (found == all.end()) return std::nullopt;
+    const auto row = properties().find({interfaceName, name});
+    if (row != properties().end() && row->second.read) return row->second.read(*this);
+    if (interfaceName != kMprisPlayerInterface) return std::nullopt;
+    BusProperties state = reader_.read().properties();
+    auto found = state.find(name);
+    if (found == state.end()) return std::nullopt;
     return std::move(found->second);
 }
 
 std::optional<BusError> MediaPlayer2::writeProperty(const std::string& interfaceName, const std::string& name,
                                                     const BusValue& value) {
     if (interfaceName != kMprisPlayerInterface) return BusError{kReadOnly, name + " cannot be set"};
-    std::optional<BusError> error;
-    const std::string mode = MainVC::shared ? MainVC::shared->playMode : std::string();
-    if (name == "Rate") {
-        const auto* rate = std::get_if<double>(&value);
-        error = rate ? setRate(*rate) : invalid("Rate is a number");
-    } else if (name == "Shuffle") {
-        const auto* shuffle = std::get_if<bool>(&value);
-        error = shuffle ? setPlayMode(modeForShuffle(*shuffle, mode)) : invalid("Shuffle is true or false");
-    } else if (name == "LoopStatus") {
-        const auto* loop = std::get_if<std::string>(&value);
-        if (loop && *loop == "Track") {
-            error = BusError{kNotSupported, "no play mode repeats one track"};
-        } else {
-            auto wanted = loop ? modeForLoopStatus(*loop, mode) : std::nullopt;
-            error = wanted ? setPlayMode(wanted) : invalid("LoopStatus is None, Track or Playlist");
-        }
-    } else if (name == "Volume") {
-        error = BusError{kNotSupported, "Tunelark plays at the volume of the system"};
-    } else {
-        error = BusError{kReadOnly, name + " cannot be set"};
-    }
+    const auto row = properties().find({interfaceName, name});
+    auto error = row != properties().end() && row->second.write ? row->second.write(*this, value)
+                                                                : BusError{kReadOnly, name + " cannot be set"};
     queueRefresh();
     return error;
+}
+
+const std::map<MediaPlayer2::Member, MediaPlayer2::Property>& MediaPlayer2::properties() {
+    using P = MediaPlayer2&;
+    using V = const BusValue&;
+    const auto always = [](P) -> std::optional<BusValue> { return true; };
+    static const std::map<Member, Property> table{
+        {{kRoot, "CanQuit"}, {always}},
+        {{kRoot, "CanRaise"}, {always}},
+        {{kRoot, "HasTrackList"}, {[](P) -> std::optional<BusValue> { return false; }}},
+        {{kRoot, "Identity"}, {[](P) -> std::optional<BusValue> { return std::string("Tunelark"); }}},
+        {{kRoot, "DesktopEntry"},
+         {[](P) -> std::optional<BusValue> { return std::string("org.tunelark.Tunelark"); }}},
+        {{kRoot, "SupportedUriSchemes"}, {[](P) -> std::optional<BusValue> { return BusStrings{"file"}; }}},
+        {{kRoot, "SupportedMimeTypes"}, {[](P) -> std::optional<BusValue> { return BusStrings{"audio/mpeg"}; }}},
+        {{kPlayer, "Position"}, {[](P p) -> std::optional<BusValue> {
+             return microseconds(p.reader_.position().value_or(0.0)).value_or(0);
+         }}},
+        {{kPlayer, "Volume"},
+         {[](P) -> std::optional<BusValue> { return 1.0; },
+          [](P, V) { return notSupported("Tunelark plays at the volume of the system"); }}},
+        {{kPlayer, "MinimumRate"}, {[](P) -> std::optional<BusValue> { return rateAt(0); }}},
+        {{kPlayer, "MaximumRate"}, {[](P) -> std::optional<BusValue> { return rateAt(kLastSpeedIdx); }}},
+        {{kPlayer, "CanControl"}, {always}},
+        // Read from the player's state; set through the page's operations.
+        {{kPlayer, "Rate"}, {nullptr, [](P p, V value) {
+             const auto* rate = std::get_if<double>(&value);
+             return rate ? p.setRate(*rate) : invalid("Rate is a number");
+         }}},
+        {{kPlayer, "Shuffle"}, {nullptr, [](P p, V value) {
+             const auto* shuffle = std::get_if<bool>(&value);
+             if (!shuffle) return invalid("Shuffle is true or false");
+             return p.setPlayMode(modeForShuffle(*shuffle, playMode()));
+         }}},
+        {{kPlayer, "LoopStatus"}, {nullptr, [](P p, V value) {
+             const auto* loop = std::get_if<std::string>(&value);
+             if (loop && *loop == "Track") return notSupported("no play mode repeats one track");
+             auto wanted = loop ? modeForLoopStatus(*loop, playMode()) : std::nullopt;
+             return wanted ? p.setPlayMode(wanted) : invalid("LoopStatus is None, Track or Playlist");
+         }}},
+    };
+    return table;
 }
 
 // The eight speeds are reached by the page's steps, so the page sees each speed; 0 pauses.

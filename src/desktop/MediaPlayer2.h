@@ -7,9 +7,12 @@
 
 #include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tunelark {
@@ -51,9 +54,19 @@ public:
                                           const BusValue& value) override;
 
 private:
-    std::optional<BusError> callPlayer(const std::string& method, const std::vector<BusValue>& args);
-    std::optional<BusValue> rootProperty(const std::string& name) const;
-    std::optional<BusValue> playerProperty(const std::string& name);
+    using Arguments = std::vector<BusValue>;
+    using Member = std::pair<std::string_view, std::string_view>;  // interface, name
+    // A method's handler: checks its arguments and runs it.
+    using Method = std::optional<BusError> (*)(MediaPlayer2& player, const Arguments& args);
+    // A property: how it is read (null: from the player's state) and, when it can be set, written.
+    struct Property {
+        std::optional<BusValue> (*read)(MediaPlayer2& player) = nullptr;
+        std::optional<BusError> (*write)(MediaPlayer2& player, const BusValue& value) = nullptr;
+    };
+    // Both interfaces' methods and properties by interface and name.
+    static const std::map<Member, Method>& methods();
+    static const std::map<Member, Property>& properties();
+
     std::optional<BusError> seek(std::int64_t offset);
     std::optional<BusError> setPosition(const std::string& trackId, std::int64_t position);
     std::optional<BusError> openUri(const std::string& uri);

@@ -1,18 +1,10 @@
 #include "library/PlayListItems.h"
 
-#include <nlohmann/json.hpp>
+#include "platform/JsonText.h"
 
 namespace tunelark {
 
-namespace {
-
 // ordered_json keeps the keys in insertion order, which is the order the page contract gives.
-std::string compact(const nlohmann::ordered_json& value) {
-    return value.dump(-1, ' ', /*ensure_ascii=*/false, nlohmann::ordered_json::error_handler_t::replace);
-}
-
-}  // namespace
-
 std::string mp3FileItemsJson(const std::vector<Mp3FileItem>& items) {
     auto array = nlohmann::ordered_json::array();
     for (const auto& item : items) {
@@ -22,7 +14,7 @@ std::string mp3FileItemsJson(const std::vector<Mp3FileItem>& items) {
                          {"duration", item.duration},
                          {"mainPathFileName", item.mainPathFileName}});
     }
-    return compact(array);
+    return compactJson(array);
 }
 
 std::string lrcFileItemsJson(const std::vector<LrcFileItem>& items) {
@@ -33,7 +25,7 @@ std::string lrcFileItemsJson(const std::vector<LrcFileItem>& items) {
                          {"charset", item.charset},
                          {"mainPathFileName", item.mainPathFileName}});
     }
-    return compact(array);
+    return compactJson(array);
 }
 
 }  // namespace tunelark

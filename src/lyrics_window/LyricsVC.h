@@ -20,10 +20,11 @@ public:
     LyricsVC(const LyricsVC&) = delete;
     LyricsVC& operator=(const LyricsVC&) = delete;
 
+    // The display style, from the defaults of the settings table until viewDidLoad reads the store.
     double oneRowFontSize = LyricsStyle{}.oneRowFontSize;
     double twoRowsFontSize = LyricsStyle{}.twoRowsFontSize;
-    Rgb fontColor = kSystemGrey;
-    bool keepBackgroundColor = false;
+    Rgb fontColor = LyricsStyle{}.fontColor;
+    bool keepBackgroundColor = LyricsStyle{}.keepBackgroundColor;
     DragableTextField* txtLyrics = nullptr;
 
     // Reads the style from the store once and applies its colour and background. The font stays as it

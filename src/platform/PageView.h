@@ -1,5 +1,6 @@
 #pragma once
 #include <functional>
+#include <set>
 #include <string>
 
 namespace tunelark {
@@ -7,12 +8,23 @@ namespace tunelark {
 // The embedded web view that shows the page. Main thread only.
 class PageView {
 public:
+    using MessageHandler = std::function<void(const std::string& bodyJson)>;
+
     virtual ~PageView() = default;
     // Runs a script in the page's main frame without waiting; its result and errors are dropped.
     virtual void evaluate(const std::string& script) = 0;
+
     // Binds a message name of window.webkit.messageHandlers; the handler gets the body as JSON text
     // ("null" when the page passed nothing). Handlers run on the main thread, one message at a time.
-    virtual void registerHandler(const std::string& name, std::function<void(const std::string& bodyJson)> handler) = 0;
+    // A name binds once: a second handler for it is refused with a console line, the first one stays.
+    bool bindMessage(const std::string& name, MessageHandler handler);
+
+protected:
+    // For implementers: binds a name with the page. Called by bindMessage only, once per name.
+    virtual void registerHandler(const std::string& name, MessageHandler handler) = 0;
+
+private:
+    std::set<std::string> boundNames_;
 };
 
 // What the page asks to navigate to; the answer is allow or cancel.

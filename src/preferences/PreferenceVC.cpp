@@ -11,8 +11,6 @@ namespace {
 
 constexpr double kMinFontSize = 10;
 constexpr double kMaxFontSize = 100;
-// A field holding only a point (or anything else that is no number) means this size.
-constexpr double kUnreadableFontSize = 18;
 // Smaller differences are typing noise, not a new size worth a preview.
 constexpr double kSizeChangeThreshold = 0.01;
 
@@ -81,7 +79,8 @@ void PreferenceVC::pollEditedValues() {
 void PreferenceVC::pollSizeField(SizeField field) {
     std::string text = window_.fieldText(field);
     if (text.empty()) return;
-    double value = parseWholeNumber(text).value_or(kUnreadableFontSize);
+    // A field holding only a point (or anything else that is no number) reads as the stored sizes do.
+    double value = readFontSize(text);
     if (value < kMinFontSize) value = kMinFontSize;
     if (value > kMaxFontSize) value = kMaxFontSize;
     double& trying = field == SizeField::OneRow ? tryingOneRowFontSize : tryingTwoRowsFontSize;

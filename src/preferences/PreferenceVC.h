@@ -25,16 +25,16 @@ public:
 
     double defaultOneRowFontSize = LyricsStyle{}.oneRowFontSize;
     double defaultTwoRowsFontSize = LyricsStyle{}.twoRowsFontSize;
-    Rgb defaultFontColor = kSystemGrey;
-    bool defaultKeepBackgroundColor = false;
+    Rgb defaultFontColor = LyricsStyle{}.fontColor;
+    bool defaultKeepBackgroundColor = LyricsStyle{}.keepBackgroundColor;
     double currentOneRowFontSize = LyricsStyle{}.oneRowFontSize;
     double currentTwoRowsFontSize = LyricsStyle{}.twoRowsFontSize;
-    Rgb currentFontColor = kSystemGrey;
-    bool currentKeepBackgroundColor = false;
+    Rgb currentFontColor = LyricsStyle{}.fontColor;
+    bool currentKeepBackgroundColor = LyricsStyle{}.keepBackgroundColor;
     double tryingOneRowFontSize = LyricsStyle{}.oneRowFontSize;
     double tryingTwoRowsFontSize = LyricsStyle{}.twoRowsFontSize;
-    Rgb tryingFontColor = kSystemGrey;
-    bool tryingKeepBackgroundColor = false;
+    Rgb tryingFontColor = LyricsStyle{}.fontColor;
+    bool tryingKeepBackgroundColor = LyricsStyle{}.keepBackgroundColor;
 
     // Reads the stored values into current and trying, fills the controls, starts the poll.
     void viewDidLoad();

@@ -1,11 +1,12 @@
 #include "bridge/handlers/HandlerTable.h"
 
 #include "platform/Console.h"
+#include "platform/JsonText.h"
+#include "platform/WholeNumber.h"
 
 #include <nlohmann/json.hpp>
 
 #include <charconv>
-#include <cmath>
 #include <utility>
 
 namespace tunelark {
@@ -25,7 +26,7 @@ std::function<void()> call(const std::function<void(Params...)>& seam, Args... a
 std::function<void()> nothing(const BridgeOperations&, const BodyValues&) { return {}; }
 
 std::string rendered(const BodyValues& values) {
-    return nlohmann::json(values).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    return compactJson(nlohmann::json(values));
 }
 
 // A whole text as a base-10 integer: no blanks, no "+", nothing left over.
@@ -36,12 +37,10 @@ std::optional<long long> wholeInteger(std::string_view text) {
     return value;
 }
 
-// A whole text as a finite decimal number ("5000", "2500.5", "1e3").
+// A whole text as a finite decimal number ("5000", "2500.5", "1e3"), without a "+" in front.
 std::optional<double> wholeDecimal(std::string_view text) {
-    double value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value)) return std::nullopt;
-    return value;
+    if (text.starts_with('+')) return std::nullopt;
+    return parseFiniteDecimal(text);
 }
 
 // 0-based page indexes to play-list positions; nothing when either is missing or leaves 1..32767.
@@ -163,8 +162,8 @@ std::vector<std::shared_ptr<const ByJsHandler>> registerHandlers(PageView& page,
     std::vector<std::shared_ptr<const ByJsHandler>> handlers;
     for (const auto& row : handlerTable()) {
         std::shared_ptr<const ByJsHandler> handler = row.create(row, queue, shared);
-        page.registerHandler(std::string(row.messageName),
-                             [handler](const std::string& bodyJson) { handler->received(bodyJson); });
+        page.bindMessage(std::string(row.messageName),
+                         [handler](const std::string& bodyJson) { handler->received(bodyJson); });
         handlers.push_back(std::move(handler));
     }
     return handlers;

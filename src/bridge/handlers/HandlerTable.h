@@ -15,7 +15,7 @@ const std::vector<HandlerRow>& handlerTable();
 
 // Registers one handler object per row with the page, in table order. The page keeps the objects alive;
 // they are also returned in that order. The operations are copied: later changes to `operations` are
-// not seen. Call once, before the page is requested.
+// not seen. Call before the page is requested; on a page that has them already, each name is refused.
 std::vector<std::shared_ptr<const ByJsHandler>> registerHandlers(PageView& page, MainQueue& queue,
                                                                   const BridgeOperations& operations);
 

@@ -1,6 +1,7 @@
 #include "engine/lyrics/CharsetEnum.h"
 
 #include "platform/Console.h"
+#include "platform/Utf8.h"
 
 #include <iconv.h>
 
@@ -106,38 +107,6 @@ bool convertStep(iconv_t cd, char** in, std::size_t* inLeft, std::string& out, s
         if (errno != E2BIG) return false;  // EILSEQ (invalid) or EINVAL (incomplete at the end)
         out.resize(out.size() * 2);
     }
-}
-
-// Well-formed UTF-8: shortest forms, no surrogates, nothing beyond U+10FFFF.
-bool isWellFormedUtf8(std::string_view text) {
-    for (std::size_t i = 0; i < text.size();) {
-        const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[i + k]); };
-        const unsigned char lead = byte(0);
-        std::size_t length = 1;
-        unsigned char low = 0x80;
-        unsigned char high = 0xBF;
-        if (lead >= 0xC2 && lead <= 0xDF) {
-            length = 2;
-        } else if (lead >= 0xE0 && lead <= 0xEF) {
-            length = 3;
-            if (lead == 0xE0) low = 0xA0;
-            if (lead == 0xED) high = 0x9F;
-        } else if (lead >= 0xF0 && lead <= 0xF4) {
-            length = 4;
-            if (lead == 0xF0) low = 0x90;
-            if (lead == 0xF4) high = 0x8F;
-        } else if (lead >= 0x80) {
-            return false;
-        }
-        if (length > 1) {
-            if (i + length > text.size() || byte(1) < low || byte(1) > high) return false;
-            for (std::size_t k = 2; k < length; ++k) {
-                if ((byte(k) & 0xC0) != 0x80) return false;
-            }
-        }
-        i += length;
-    }
-    return true;
 }
 
 }  // namespace

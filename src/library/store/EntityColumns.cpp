@@ -2,87 +2,89 @@
 
 namespace tunelark {
 
-// STRICT tables refuse a value of the wrong type instead of converting it; the CHECK keeps "no" within
-// the 16 bits the record holds, so nothing read back can be cut short.
-const char* const kCreateTablesSql = R"sql(
-CREATE TABLE mp3_entity (
-    id INTEGER PRIMARY KEY,
-    bookmark BLOB,
-    can_not_use_now INTEGER NOT NULL CHECK (can_not_use_now IN (0, 1)),
-    duration TEXT,
-    file_name TEXT,
-    file_path TEXT,
-    main_path_file_name TEXT,
-    no INTEGER NOT NULL CHECK (no BETWEEN -32768 AND 32767)
-) STRICT;
-CREATE TABLE lrc_entity (
-    id INTEGER PRIMARY KEY,
-    bookmark BLOB,
-    can_not_use_now INTEGER NOT NULL CHECK (can_not_use_now IN (0, 1)),
-    charset TEXT,
-    file_name TEXT,
-    file_path TEXT,
-    main_path_file_name TEXT
-) STRICT;
-CREATE TABLE settings_entity (
-    id INTEGER PRIMARY KEY,
-    key TEXT,
-    value TEXT
-) STRICT;
-)sql";
+namespace {
 
-void EntityColumns<Mp3Entity>::bind(sqlite::Statement& statement, const Mp3Entity& record) {
-    statement.bind(0, record.bookmark);
-    statement.bind(1, std::int64_t{record.canNotUseNow});
-    statement.bind(2, record.duration);
-    statement.bind(3, record.fileName);
-    statement.bind(4, record.filePath);
-    statement.bind(5, record.mainPathFileName);
-    statement.bind(6, std::int64_t{record.no});
+template <typename T, typename Piece>
+std::string joined(const EntityColumns<T>& table, Piece piece, std::string_view separator = ", ") {
+    std::string text;
+    for (const auto& column : table.columns) {
+        if (!text.empty()) text += separator;
+        text += piece(column);
+    }
+    return text;
 }
 
-Mp3Entity EntityColumns<Mp3Entity>::read(const sqlite::Statement& statement, int first) {
-    Mp3Entity record;
-    record.bookmark = statement.blob(first);
-    record.canNotUseNow = statement.integer(first + 1) != 0;
-    record.duration = statement.text(first + 2);
-    record.fileName = statement.text(first + 3);
-    record.filePath = statement.text(first + 4);
-    record.mainPathFileName = statement.text(first + 5);
-    record.no = static_cast<std::int16_t>(statement.integer(first + 6));
+}  // namespace
+
+template <typename T>
+std::string EntityColumns<T>::names() const {
+    return joined(*this, [](const Column<T>& c) { return std::string(c.name); });
+}
+
+template <typename T>
+std::string EntityColumns<T>::placeholders() const {
+    return joined(*this, [](const Column<T>&) { return std::string("?"); });
+}
+
+template <typename T>
+std::string EntityColumns<T>::assignments() const {
+    return joined(*this, [](const Column<T>& c) { return std::string(c.name) + " = ?"; });
+}
+
+template <typename T>
+std::string EntityColumns<T>::createTable() const {
+    const std::string columnsSql =
+        joined(*this, [](const Column<T>& c) { return std::string(c.name) + " " + c.declaration; }, ",\n    ");
+    return "CREATE TABLE " + std::string(table) + " (\n    id INTEGER PRIMARY KEY,\n    " + columnsSql + "\n) STRICT;\n";
+}
+
+template <typename T>
+void EntityColumns<T>::bind(sqlite::Statement& statement, const T& record) const {
+    for (std::size_t i = 0; i < columns.size(); ++i) columns[i].bind(statement, static_cast<int>(i), record);
+}
+
+template <typename T>
+T EntityColumns<T>::read(const sqlite::Statement& statement, int first) const {
+    T record;
+    for (std::size_t i = 0; i < columns.size(); ++i) columns[i].read(statement, first + static_cast<int>(i), record);
     return record;
 }
 
-void EntityColumns<LrcEntity>::bind(sqlite::Statement& statement, const LrcEntity& record) {
-    statement.bind(0, record.bookmark);
-    statement.bind(1, std::int64_t{record.canNotUseNow});
-    statement.bind(2, record.charset);
-    statement.bind(3, record.fileName);
-    statement.bind(4, record.filePath);
-    statement.bind(5, record.mainPathFileName);
+template <>
+const EntityColumns<Mp3Entity>& entityColumns() {
+    static const EntityColumns<Mp3Entity> table{
+        "mp3_entity",
+        {column<&Mp3Entity::bookmark>("bookmark"), column<&Mp3Entity::canNotUseNow>("can_not_use_now"),
+         column<&Mp3Entity::duration>("duration"), column<&Mp3Entity::fileName>("file_name"),
+         column<&Mp3Entity::filePath>("file_path"), column<&Mp3Entity::mainPathFileName>("main_path_file_name"),
+         column<&Mp3Entity::no>("no")}};
+    return table;
 }
 
-LrcEntity EntityColumns<LrcEntity>::read(const sqlite::Statement& statement, int first) {
-    LrcEntity record;
-    record.bookmark = statement.blob(first);
-    record.canNotUseNow = statement.integer(first + 1) != 0;
-    record.charset = statement.text(first + 2);
-    record.fileName = statement.text(first + 3);
-    record.filePath = statement.text(first + 4);
-    record.mainPathFileName = statement.text(first + 5);
-    return record;
+template <>
+const EntityColumns<LrcEntity>& entityColumns() {
+    static const EntityColumns<LrcEntity> table{
+        "lrc_entity",
+        {column<&LrcEntity::bookmark>("bookmark"), column<&LrcEntity::canNotUseNow>("can_not_use_now"),
+         column<&LrcEntity::charset>("charset"), column<&LrcEntity::fileName>("file_name"),
+         column<&LrcEntity::filePath>("file_path"), column<&LrcEntity::mainPathFileName>("main_path_file_name")}};
+    return table;
 }
 
-void EntityColumns<SettingsEntity>::bind(sqlite::Statement& statement, const SettingsEntity& record) {
-    statement.bind(0, record.key);
-    statement.bind(1, record.value);
+template <>
+const EntityColumns<SettingsEntity>& entityColumns() {
+    static const EntityColumns<SettingsEntity> table{
+        "settings_entity", {column<&SettingsEntity::key>("key"), column<&SettingsEntity::value>("value")}};
+    return table;
 }
 
-SettingsEntity EntityColumns<SettingsEntity>::read(const sqlite::Statement& statement, int first) {
-    SettingsEntity record;
-    record.key = statement.text(first);
-    record.value = statement.text(first + 1);
-    return record;
+std::string createTablesSql() {
+    return entityColumns<Mp3Entity>().createTable() + entityColumns<LrcEntity>().createTable() +
+           entityColumns<SettingsEntity>().createTable();
 }
+
+template struct EntityColumns<Mp3Entity>;
+template struct EntityColumns<LrcEntity>;
+template struct EntityColumns<SettingsEntity>;
 
 }  // namespace tunelark

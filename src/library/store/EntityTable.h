@@ -17,7 +17,6 @@ namespace tunelark {
 template <typename T>
 class EntityTable {
 public:
-    using Columns = EntityColumns<T>;
 
     // Rows already handed out keep their object (and its unsaved changes); rows deleted but not saved are
     // left out; unsaved inserts come last. Throws sqlite::Error.
@@ -67,15 +66,15 @@ public:
                 remove_.bind(0, row);
                 remove_.run();
             } else if (*entry.object != entry.saved) {
-                Columns::bind(update_, *entry.object);
-                update_.bind(Columns::count, row);
+                columns().bind(update_, *entry.object);
+                update_.bind(static_cast<int>(columns().columns.size()), row);
                 update_.run();
             }
         }
         std::vector<std::int64_t> rows;
         rows.reserve(inserted_.size());
         for (const auto& record : inserted_) {
-            Columns::bind(insert_, *record);
+            columns().bind(insert_, *record);
             insert_.run();
             rows.push_back(sqlite3_last_insert_rowid(db));
         }
@@ -110,7 +109,7 @@ private:
         const std::int64_t row = select_.integer(0);
         auto known = byRow_.find(row);
         if (known == byRow_.end()) {
-            found.push_back(adopt(row, Columns::read(select_, 1)));
+            found.push_back(adopt(row, columns().read(select_, 1)));
         } else if (!known->second.deleted) {
             found.push_back(known->second.object);
         }
@@ -123,14 +122,16 @@ private:
         return object;
     }
 
+    static const EntityColumns<T>& columns() { return entityColumns<T>(); }
+
     void prepare(sqlite3* db) {
         if (select_) return;
-        const std::string table = Columns::table;
-        select_ = sqlite::Statement(db, "SELECT id, " + std::string(Columns::names) + " FROM " + table +
-                                            " ORDER BY id");
-        insert_ = sqlite::Statement(db, "INSERT INTO " + table + " (" + Columns::names + ") VALUES (" +
-                                            Columns::placeholders + ")");
-        update_ = sqlite::Statement(db, "UPDATE " + table + " SET " + Columns::assignments + " WHERE id = ?");
+        const EntityColumns<T>& c = columns();
+        const std::string table(c.table);
+        select_ = sqlite::Statement(db, "SELECT id, " + c.names() + " FROM " + table + " ORDER BY id");
+        insert_ = sqlite::Statement(db, "INSERT INTO " + table + " (" + c.names() + ") VALUES (" +
+                                            c.placeholders() + ")");
+        update_ = sqlite::Statement(db, "UPDATE " + table + " SET " + c.assignments() + " WHERE id = ?");
         remove_ = sqlite::Statement(db, "DELETE FROM " + table + " WHERE id = ?");
     }
 

@@ -2,22 +2,12 @@
 
 #include <array>
 #include <charconv>
-#include <cstdlib>
-#include <locale.h>
 
 namespace tunelark {
 
 namespace {
 
-constexpr double kUnreadableFontSize = 18;
-
 bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r'; }
-
-// The "C" locale, made once: stored numbers use "." whatever the user's locale says.
-locale_t cLocale() {
-    static const locale_t locale = newlocale(LC_ALL_MASK, "C", static_cast<locale_t>(nullptr));
-    return locale;
-}
 
 std::string formatFixed(double value, int decimals) {
     // to_chars with a precision formats as printf does in the "C" locale.
@@ -30,15 +20,7 @@ std::string formatFixed(double value, int decimals) {
 
 }  // namespace
 
-std::optional<double> parseWholeNumber(std::string_view text) {
-    if (text.empty() || isBlank(text.front())) return std::nullopt;
-    const std::string copy(text);  // strtod needs a terminated text
-    char* end = nullptr;
-    const locale_t locale = cLocale();
-    const double value = locale ? strtod_l(copy.c_str(), &end, locale) : std::strtod(copy.c_str(), &end);
-    if (end != copy.c_str() + copy.size()) return std::nullopt;
-    return value;
-}
+double readFontSize(std::string_view text) { return parseWholeNumber(text).value_or(kUnreadableFontSize); }
 
 bool parseStoredBool(std::string_view text) {
     std::size_t i = 0;
@@ -68,18 +50,10 @@ std::optional<Rgb> parseStoredColor(std::string_view text) {
 void applyStoredSettings(const Records<SettingsEntity>& records, LyricsStyle& style) {
     for (const auto& record : records) {
         if (!record || !record->key || !record->value) continue;
-        const std::string& key = *record->key;
-        const std::string& value = *record->value;
-        if (key == kOneRowFontSizeKey) {
-            style.oneRowFontSize = parseWholeNumber(value).value_or(kUnreadableFontSize);
-        } else if (key == kTwoRowsFontSizeKey) {
-            style.twoRowsFontSize = parseWholeNumber(value).value_or(kUnreadableFontSize);
-        } else if (key == kFontColorKey) {
-            // Fewer than three numbers: the colour in force stays.
-            if (auto color = parseStoredColor(value)) style.fontColor = *color;
-        } else if (key == kKeepBackgroundColorKey) {
-            style.keepBackgroundColor = parseStoredBool(value);
-        }
+        forEachLyricsSetting([&](const auto& setting) {
+            if (*record->key != setting.key) return;
+            if (auto value = setting.read(*record->value)) style.*setting.field = *value;
+        });
     }
 }
 
@@ -109,11 +83,10 @@ void writeKey(Store& store, const Records<SettingsEntity>& records, std::string_
 
 void writeStoredSettings(Store& store, const LyricsStyle& style) {
     if (auto records = store.fetchSettingsEntities()) {
-        // Only the one-row size also fills records that have a key but no value.
-        writeKey(store, *records, kOneRowFontSizeKey, formatFontSize(style.oneRowFontSize), true);
-        writeKey(store, *records, kTwoRowsFontSizeKey, formatFontSize(style.twoRowsFontSize), false);
-        writeKey(store, *records, kFontColorKey, formatColor(style.fontColor), false);
-        writeKey(store, *records, kKeepBackgroundColorKey, style.keepBackgroundColor ? "true" : "false", false);
+        forEachLyricsSetting([&](const auto& setting) {
+            writeKey(store, *records, setting.key, setting.write(style.*setting.field),
+                     setting.fillsRecordsWithoutValue);
+        });
     }
     store.saveChanges();
 }

@@ -1,5 +1,6 @@
 #include "library/store/Store.h"
 
+#include "library/store/EntityColumns.h"
 #include "library/store/EntityTable.h"
 #include "library/store/Sqlite.h"
 #include "platform/Console.h"
@@ -46,7 +47,7 @@ std::int64_t checkExistingFile(sqlite3* db) {
 
 void createSchema(sqlite3* db) {
     sqlite::Transaction transaction(db);
-    sqlite::exec(db, kCreateTablesSql);
+    sqlite::exec(db, createTablesSql().c_str());
     sqlite::exec(db, ("PRAGMA user_version = " + std::to_string(kSchemaVersion)).c_str());
     transaction.commit();
 }

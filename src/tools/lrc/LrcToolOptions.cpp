@@ -1,9 +1,8 @@
 #include "tools/lrc/LrcToolOptions.h"
 
-#include <charconv>
-#include <cmath>
+#include "platform/WholeNumber.h"
+
 #include <string_view>
-#include <system_error>
 
 namespace tunelark {
 
@@ -73,17 +72,7 @@ bool setMode(LrcToolOptions& options, Mode mode) {
 
 }  // namespace
 
-std::optional<double> readSeconds(const std::string& text) {
-    std::string_view number(text);
-    if (number.starts_with('+')) {
-        number.remove_prefix(1);
-        if (number.starts_with('-')) return std::nullopt;
-    }
-    double value = 0.0;
-    const auto [end, ec] = std::from_chars(number.data(), number.data() + number.size(), value);
-    if (ec != std::errc{} || end != number.data() + number.size() || !std::isfinite(value)) return std::nullopt;
-    return value;
-}
+std::optional<double> readSeconds(const std::string& text) { return parseFiniteDecimal(text); }
 
 ParsedLrcToolOptions parseLrcToolOptions(std::span<const std::string> args) {
     LrcToolOptions options;

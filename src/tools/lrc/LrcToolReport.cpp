@@ -1,6 +1,6 @@
 #include "tools/lrc/LrcToolReport.h"
 
-#include <nlohmann/json.hpp>
+#include "platform/JsonText.h"
 
 #include <array>
 #include <charconv>
@@ -30,10 +30,8 @@ std::string indexText(std::optional<std::size_t> index) {
     return index ? std::to_string(*index) : "none";
 }
 
-std::string dumped(const Json& json) {
-    // Decoded text is valid UTF-8; replacing guards the output if that ever changes.
-    return json.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-}
+// Decoded text is valid UTF-8; the writer's replacing guards the output if that ever changes.
+std::string dumped(const Json& json) { return compactJson(json) + "\n"; }
 
 }  // namespace
 

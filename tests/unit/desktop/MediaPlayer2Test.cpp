@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
+#include <regex>
 
 namespace tunelark::test {
 namespace {
@@ -99,6 +100,33 @@ TEST_F(MediaPlayer2Test, ChangesAreAnnouncedWithOnlyWhatChanged) {
     queue.advance(MediaPlayer2::kRefreshInterval);
     ASSERT_EQ(bus.changes.size(), 1u);
     EXPECT_EQ(bus.changes[0].values, (BusProperties{{"Shuffle", true}}));
+}
+
+// Every method and property the introspection data declares is answered: a method never as unknown, a
+// property with a value, a settable one never as read-only, a read-only one always so.
+TEST_F(MediaPlayer2Test, EveryDeclaredMemberHasARowAndOnlyTheDeclaredOnesCanBeSet) {
+    const std::string& xml = mprisIntrospectionXml();
+    const std::regex member(R"re(<(interface|method|property) name="([^"]+)"(?: type="[^"]+" access="(\w+)")?)re");
+    std::string interfaceName;
+    int methods = 0, properties = 0;
+    for (auto it = std::sregex_iterator(xml.begin(), xml.end(), member); it != std::sregex_iterator(); ++it) {
+        const std::string kind = (*it)[1], name = (*it)[2], access = (*it)[3];
+        if (kind == "interface") {
+            interfaceName = name;
+        } else if (kind == "method") {
+            ++methods;
+            const auto error = mpris.callMethod(interfaceName, name, {});
+            EXPECT_NE(error.value_or(BusError{}).name, "org.freedesktop.DBus.Error.UnknownMethod") << name;
+        } else {
+            ++properties;
+            EXPECT_TRUE(mpris.readProperty(interfaceName, name).has_value()) << name;
+            const auto error = mpris.writeProperty(interfaceName, name, BusStrings{}).value_or(BusError{}).name;
+            EXPECT_EQ(error == "org.freedesktop.DBus.Error.PropertyReadOnly", access == "read") << name;
+        }
+    }
+    EXPECT_EQ(std::pair(methods, properties), std::pair(11, 22));
+    EXPECT_EQ(mpris.callMethod(kMprisRootInterface, "Play", {})->name, "org.freedesktop.DBus.Error.UnknownMethod");
+    EXPECT_FALSE(mpris.readProperty(kMprisRootInterface, "PlaybackStatus")) << "each interface has its own";
 }
 
 TEST(MprisValuesTest, TheNearestSpeedIsTheLowerOnATieAndNoneForRatesNotAboveZero) {

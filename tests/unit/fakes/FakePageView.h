@@ -12,7 +12,7 @@ namespace tunelark::test {
 class FakePageView : public PageView {
 public:
     void evaluate(const std::string& script) override { scripts.push_back(script); }
-    void registerHandler(const std::string& name, std::function<void(const std::string&)> handler) override {
+    void registerHandler(const std::string& name, MessageHandler handler) override {
         handlers[name] = std::move(handler);
     }
     // False when no handler has that name, as the page's post would fail.

@@ -113,12 +113,31 @@ TEST_F(HandlerTableTest, MovePositionsAndSeekTakeWholeNumbersOnlyAndLogARefusal)
         {R"({"fromIndex":"32767","toIndex":"0"})", ""}, {R"({"fromIndex":"-1","toIndex":"0"})", ""},
         {R"({"fromIndex":" 1","toIndex":"0"})", ""}, {R"({"fromIndex":"1x","toIndex":"0"})", ""},
         {R"({"currentPercent":"1e3"})", "setCurrentPercent(1000)"}, {R"({"currentPercent":"12abc"})", ""},
-        {R"({"currentPercent":"nan"})", ""}, {R"({"currentPercent":"1e999"})", ""}, {R"({"currentPercent":""})", ""}};
+        {R"({"currentPercent":"nan"})", ""}, {R"({"currentPercent":"1e999"})", ""}, {R"({"currentPercent":""})", ""},
+        {R"({"currentPercent":"+5"})", ""}, {R"({"currentPercent":"0x10"})", ""},
+        {R"({"currentPercent":"-0.5"})", "setCurrentPercent(-0.5)"}};
     for (const auto& [body, call] : cases) {
         const auto out = post(body.find("Index") == body.npos ? "nativeSetCurrentPercent" : "nativeMoveItem", body);
         ASSERT_EQ(out.size(), 3u) << body << ": the line and the call, or the line and the refusal";
         EXPECT_EQ(out[1].find(" ignored: ") != std::string::npos ? "" : out[1], call) << body;
     }
+}
+
+// Registering the table again on the same page (as a second main view would) must not take the messages
+// away from the handlers the page already has.
+TEST_F(HandlerTableTest, ASecondRegistrationOfANameIsRefusedAndTheFirstHandlerKeepsIt) {
+    Lines later;
+    ::testing::internal::CaptureStdout();
+    registerHandlers(page, queue, recording(later));
+    std::istringstream console(::testing::internal::GetCapturedStdout());
+    std::size_t refusals = 0;
+    for (std::string line; std::getline(console, line);) {
+        EXPECT_EQ(line.rfind("Message handler refused: ", 0), 0u) << line;
+        refusals += line.find(" is already bound") != std::string::npos;
+    }
+    EXPECT_EQ(refusals, std::size(kRows));
+    EXPECT_EQ(post("nativePlay", "{}"), (Lines{"Native Play By JS {}", "play", "|"}));
+    EXPECT_TRUE(later.empty());
 }
 
 }  // namespace

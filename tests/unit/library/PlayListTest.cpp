@@ -106,7 +106,7 @@ TEST_F(PlayListTest, RemovingTheCurrentTrackHandsOverByModeAndKeepsItPlayingOrPa
 TEST_F(PlayListTest, ClearStopsSendsTheFiveResetsAndTheEmptyListAndKeepsSettings) {
     addSong("a.mp3");
     addLyrics("a.lrc", "[00:01.00]one\n");
-    store.insertSettingsEntity()->key = std::string(kOneRowFontSizeKey);
+    store.insertSettingsEntity()->key = std::string(std::get<0>(kLyricsSettings).key);
     engine.get().playItem(url("a.mp3"));
     sent();
     editor.clear();

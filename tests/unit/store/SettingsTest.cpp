@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <clocale>
+#include <filesystem>
 
 namespace tunelark {
 namespace {
@@ -46,6 +47,31 @@ TEST(SettingsTest, WritingUpdatesEveryMatchingRecordOrInsertsOneAndAFailedFetchW
     EXPECT_EQ(style.oneRowFontSize, 30);
     EXPECT_FALSE(broken.hasChanges());
     EXPECT_EQ(test::readAll(dir.file("bad.sqlite")), "not a store");
+}
+
+// Every row of the settings table: the default reads back through the store as itself, a value the user
+// picked survives a restart, and a record under another key or without a value is never read.
+TEST(SettingsTest, EachSettingReadsBackWhatItWritesUnderItsOwnKeyOnly) {
+    test::TempDir dir;
+    test::FakeMainQueue queue;
+    const LyricsStyle picked{33.5, 9.25, {0.25, 0.5, 0.75}, true};
+    for (const LyricsStyle& written : {LyricsStyle{}, picked}) {
+        std::filesystem::remove(dir.file("s.sqlite"));
+        {
+            Store store(dir.file("s.sqlite"), queue);
+            writeStoredSettings(store, written);
+            *store.insertSettingsEntity() = {"OneRowFontSize", "40"};
+            ASSERT_EQ(store.saveNow(), std::nullopt);
+        }
+        Store reopened(dir.file("s.sqlite"), queue);
+        LyricsStyle read{1, 2, {0, 0, 0}, false};
+        loadStoredSettings(reopened, read);
+        forEachLyricsSetting([&](const auto& setting) {
+            EXPECT_EQ(read.*setting.field, written.*setting.field) << setting.key;
+            EXPECT_EQ(setting.read(setting.write(setting.defaultValue())), setting.defaultValue()) << setting.key;
+        });
+    }
+    EXPECT_EQ(readFontSize("abc"), kUnreadableFontSize) << "for either size, not the two-row default";
 }
 
 // Under a locale with a decimal comma (installed, or made here with only its numbers defined).

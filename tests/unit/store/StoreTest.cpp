@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <filesystem>
 #include <numeric>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -68,6 +69,30 @@ TEST_F(StoreTest, EveryAttributeSurvivesReopeningAndChangesAreFoundByComparison)
     EXPECT_TRUE(store->hasChanges());
     audio[0]->bookmark->pop_back();
     EXPECT_FALSE(store->hasChanges()) << "a field set back to its saved value is no change";
+}
+
+// A store the first schema wrote, made here with plain SQL as a user's file holds it: every column reads into
+// its own field, whatever the order in which the program names its columns.
+TEST_F(StoreTest, AFileOfTheFirstSchemaReadsEachColumnIntoItsField) {
+    std::filesystem::create_directories(dir.file("Data"));
+    exec(path, R"sql(
+        CREATE TABLE mp3_entity (id INTEGER PRIMARY KEY, bookmark BLOB, can_not_use_now INTEGER NOT NULL,
+            duration TEXT, file_name TEXT, file_path TEXT, main_path_file_name TEXT, no INTEGER NOT NULL) STRICT;
+        CREATE TABLE lrc_entity (id INTEGER PRIMARY KEY, bookmark BLOB, can_not_use_now INTEGER NOT NULL,
+            charset TEXT, file_name TEXT, file_path TEXT, main_path_file_name TEXT) STRICT;
+        CREATE TABLE settings_entity (id INTEGER PRIMARY KEY, key TEXT, value TEXT) STRICT;
+        INSERT INTO mp3_entity (no, main_path_file_name, file_path, file_name, duration, can_not_use_now, bookmark)
+            VALUES (3, 'main', 'path', 'name', '01:02', 1, x'0102');
+        INSERT INTO lrc_entity (main_path_file_name, file_path, file_name, charset, can_not_use_now, bookmark)
+            VALUES ('lmain', 'lpath', 'lname', 'big5', 0, x'03');
+        INSERT INTO settings_entity (value, key) VALUES ('v', 'k');
+        PRAGMA user_version = 1;)sql");
+    auto store = open();
+    const Mp3Entity audio{Bytes{1, 2}, true, "01:02", "name", "path", "main", 3};
+    EXPECT_EQ(*store->fetchMp3Entities().value().at(0), audio);
+    EXPECT_EQ(*store->fetchLrcEntities().value().at(0), (LrcEntity{Bytes{3}, false, "big5", "lname", "lpath", "lmain"}));
+    EXPECT_EQ(*store->fetchSettingsEntities().value().at(0), (SettingsEntity{"k", "v"}));
+    EXPECT_TRUE(fatal.empty());
 }
 
 // Another connection holds the write lock.

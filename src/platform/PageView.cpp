@@ -1,0 +1,17 @@
+#include "platform/PageView.h"
+
+#include "platform/Console.h"
+
+namespace tunelark {
+
+bool PageView::bindMessage(const std::string& name, MessageHandler handler) {
+    if (!boundNames_.insert(name).second) {
+        // Replacing would silently cut off whoever bound it first.
+        consoleLine("Message handler refused: " + name + " is already bound");
+        return false;
+    }
+    registerHandler(name, std::move(handler));
+    return true;
+}
+
+}  // namespace tunelark
