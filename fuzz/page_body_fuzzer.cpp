@@ -1,7 +1,7 @@
 // Any body sent to each of the 26 page-message handlers. The arguments each operation should get are read here
 // from the keys and defaults its row declares, with the JSON library and the C library's number parsers.
 #include "FuzzChecks.h"
-#include "bridge/handlers/HandlerTable.h"
+#include "bridge/HandlerTable.h"
 #include "fakes/FakeMainQueue.h"
 #include "fakes/FakePageView.h"
 

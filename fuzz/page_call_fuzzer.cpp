@@ -2,8 +2,8 @@
 // by a script-call reader and by a JSON parser: the page gets exactly the given text, bytes that are not UTF-8
 // as U+FFFD, and nothing can follow the call or close the script element.
 #include "FuzzChecks.h"
-#include "bridge/JsCallReader.h"
-#include "bridge/PageCalls.h"
+#include "page/JsCallReader.h"
+#include "page/PageCalls.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 #include <glib.h>

@@ -1,6 +1,7 @@
 #include "app/Application.h"
 
-#include "bridge/handlers/HandlerTable.h"
+#include "bridge/HandlerTable.h"
+#include "bridge/PageOperations.h"
 #include "lyrics_window/LyricsVC.h"
 #include "platform/Localized.h"
 #include "platform/glib/AppInfoFile.h"
@@ -33,32 +34,34 @@ Application::Application(GtkApplication* application, const PageResources& resou
           },
           [this](const NavigationAction& action) { return navigation_.decide(action); },
           [this] { navigation_.navigationFinished(); },
-          [this](const std::string& reason) { playList_.pageProcessEnded(reason); }}),
+          [this](const std::string& reason) { mainWC_.pageProcessEnded(reason); }}),
       window_(application, webView_),
       dialogs_([this] { return window_.gtkWindow(); }),
       navigation_(webView_, urlOpener_, readQueriesSchemes(resources.appInfo.string())),
-      mainVC_(queue_, &webView_),
-      mainWC_(window_, screens_, [this](int status) { endProcess(status); }),
-      engine_(PlayerDeps{queue_, store_, dialogs_, observedPlayers_, outputDevice_}),
-      playList_(store_, queue_),
-      editor_(store_, queue_, playList_, engine_),
+      mainVC_(queue_, &webView_, pageState_),
+      playList_(store_, queue_, mainVC_),
+      mainWC_(window_, screens_, pageState_, playList_, [this](int status) { endProcess(status); }),
+      engine_(PlayerDeps{queue_, mainVC_, store_, dialogs_, observedPlayers_, outputDevice_}),
+      editor_(store_, queue_, mainVC_, playList_, engine_),
       addFiles_(store_, dialogs_, queue_, [this] { playList_.sendPlayList(); }),
-      lyricsWindow_([] { return std::make_unique<GtkLyricsWindow>(); }, store_, [this] { mainWC_.showWindow(); }),
+      lyricsWindow_([] { return std::make_unique<GtkLyricsWindow>(); }, store_, pageState_,
+                    [this] { mainWC_.showWindow(); }),
       preferences_([this] { return std::make_unique<GtkPreferencesWindow>(window_.gtkWindow()); }, store_, queue_),
       outputDeviceWatch_(engine_, outputDevice_),
       delegate_(AppDelegate::Deps{store_, dialogs_, queue_, outputDeviceWatch_, preferences_,
                                   [this](const SupportWindowContent& content) {
                                       return std::make_unique<GtkSupportWindow>(content, window_.gtkWindow());
-                                  }}) {
+                                  }}),
+      operations_(pageOperations(
+          OperationTargets{mainWC_, dialogs_, clipboard_, addFiles_, editor_, engine_, lyricsWindow_})) {
     engine_.seams().setLyricText = [](const std::string& text) { setSharedLyricText(text); };
     engine_.seams().mainWindowVisible = [this] { return window_.isVisible(); };
     playList_.setLyricsWindowShown([this] { return lyricsWindow_.isShown(); });
     window_.setOnCloseRequest([this] { mainWC_.windowShouldClose(); });
     installMenu();
-    fillOperations();
     registerHandlers(webView_, queue_, operations_);
     desktop_ = std::make_unique<DesktopIntegration>(DesktopIntegration::Deps{
-        queue_, engine_, operations_, addFiles_, observedPlayers_, webView_.widget(), [this] { reopen(); },
+        queue_, engine_, pageState_, operations_, addFiles_, observedPlayers_, webView_.widget(), [this] { reopen(); },
         [this] { quit(); }});
     webView_.loadPage();
     delegate_.applicationDidFinishLaunching();
@@ -105,37 +108,6 @@ void Application::installMenu() {
             },
         });
     window_.setPrimaryMenu(menu_->model());
-}
-
-void Application::fillOperations() {
-    BridgeOperations& o = operations_;
-    o.showWindow = [this] { playList_.showWindow(window_, screens_); };
-    o.startMoveWindow = [this] { mainWC_.startMoveWindow(); };
-    o.changeMaxMin = [this] { mainWC_.changeMaxMin(); };
-    o.alert = [this](const std::string& msg) { dialogs_.alert(msg); };
-    o.doCopy = [this](const std::string& text) { clipboard_.setText(text); };
-    o.toAddMp3 = [this] { addFiles_.run(); };
-    o.clearPlayList = [this] { editor_.clear(); };
-    o.setCharset = [this](const std::string& mainPathFileName, const std::string& charset) {
-        editor_.setCharset(mainPathFileName, charset);
-    };
-    o.moveItem = [this](int fromNo, int toNo) { editor_.moveItem(fromNo, toNo); };
-    o.remove = [this](const std::string& filePath) { editor_.remove(filePath); };
-    o.play = [this] { engine_.get().play(); };
-    o.playItem = [this](const std::string& filePath) { engine_.get().playItem(filePath); };
-    o.pause = [this] { engine_.get().pause(); };
-    o.changeMode = [this] { engine_.get().changeMode(); };
-    o.playNext = [this] { engine_.get().playNext(); };
-    o.playPrev = [this] { engine_.get().playPrevious(); };
-    o.setCurrentPercent = [this](double percent) { engine_.clock().seekPercent(percent); };
-    o.turnLyricsOn = [this](const std::string& needOn, const std::string& rows) {
-        lyricsWindow_.turnLyricsOn(needOn, rows);
-    };
-    o.turnOneRowOrTow = [this](const std::string& rows) { lyricsWindow_.turnOneRowOrTow(rows); };
-    o.playNextLyric = [this] { engine_.clock().nextLyric(); };
-    o.playPrevLyric = [this] { engine_.clock().previousLyric(); };
-    o.speedUp = [this] { engine_.clock().speedUp(); };
-    o.speedDown = [this] { engine_.clock().speedDown(); };
 }
 
 }  // namespace tunelark

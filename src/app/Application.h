@@ -1,10 +1,9 @@
 #pragma once
 #include "app/AppDelegate.h"
 #include "app/DesktopIntegration.h"
-#include "bridge/MainVC.h"
-#include "bridge/handlers/BridgeOperations.h"
+#include "bridge/BridgeOperations.h"
 #include "desktop/ObservedAudioPlayer.h"
-#include "engine/Engine.h"
+#include "engine/PlayerHolder.h"
 #include "engine/OutputDeviceWatch.h"
 #include "library/AddFiles.h"
 #include "library/PlayList.h"
@@ -15,6 +14,8 @@
 #include "main_window/NavigationPolicy.h"
 #include "main_window/PageFolder.h"
 #include "main_window/PageResources.h"
+#include "page/MainVC.h"
+#include "page/PageState.h"
 #include "platform/glib/GlibMainQueue.h"
 #include "platform/gstreamer/GstAudioPlayerFactory.h"
 #include "platform/gtk/DesktopClipboard.h"
@@ -59,7 +60,6 @@ public:
     static std::string storePath();
 
 private:
-    void fillOperations();
     void installMenu();
     [[noreturn]] void endProcess(int status);
 
@@ -74,13 +74,14 @@ private:
     GtkMainWindow window_;
     GtkDialogs dialogs_;
     NavigationPolicy navigation_;
+    PageState pageState_;
     MainVC mainVC_;
+    PlayList playList_;
     MainWC mainWC_;
     PulseOutputDevice outputDevice_;
     GstAudioPlayerFactory players_;
     ObservedAudioPlayerFactory observedPlayers_{players_};  // what the engine opens, seen by the desktop
-    Engine engine_;
-    PlayList playList_;
+    PlayerHolder engine_;
     PlayListEditor editor_;
     AddFiles addFiles_;
     LyricsWindowSwitch lyricsWindow_;

@@ -6,8 +6,8 @@ namespace tunelark {
 
 DesktopIntegration::DesktopIntegration(Deps deps)
     : players_(deps.players),
-      files_(deps.queue, deps.addFiles, deps.operations),
-      mediaPlayer_(MediaPlayer2::Deps{deps.queue, deps.engine, deps.operations,
+      files_(deps.queue, deps.page, deps.addFiles, deps.operations),
+      mediaPlayer_(MediaPlayer2::Deps{deps.queue, deps.engine, deps.page, deps.operations,
                                       [this](std::vector<std::string> paths) { files_.open(std::move(paths)); },
                                       std::move(deps.raise), std::move(deps.quit)}),
       bus_(GDBusObjectServer::Export{kMprisBusName, kMprisObjectPath, mprisIntrospectionXml()}, mediaPlayer_),

@@ -1,9 +1,9 @@
 #pragma once
-#include "bridge/handlers/BridgeOperations.h"
+#include "bridge/BridgeOperations.h"
 #include "desktop/DesktopFiles.h"
 #include "desktop/MediaPlayer2.h"
 #include "desktop/ObservedAudioPlayer.h"
-#include "engine/Engine.h"
+#include "engine/PlayerHolder.h"
 #include "library/AddFiles.h"
 #include "platform/MainQueue.h"
 #include "platform/gdbus/GDBusObjectServer.h"
@@ -24,7 +24,8 @@ class DesktopIntegration {
 public:
     struct Deps {
         MainQueue& queue;
-        Engine& engine;
+        PlayerHolder& engine;
+        const PageState& page;
         const BridgeOperations& operations;
         AddFiles& addFiles;
         ObservedAudioPlayerFactory& players;  // the engine's players

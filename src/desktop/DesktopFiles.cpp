@@ -1,19 +1,13 @@
 #include "desktop/DesktopFiles.h"
 
-#include "bridge/MainVC.h"
 #include "library/store/FileNames.h"
 #include "platform/Console.h"
 
 namespace tunelark {
 
-namespace {
-
-bool pageReady() { return MainVC::shared != nullptr && MainVC::shared->loaded; }
-
-}  // namespace
-
-DesktopFiles::DesktopFiles(MainQueue& queue, AddFiles& addFiles, const BridgeOperations& operations)
-    : queue_(queue), addFiles_(addFiles), operations_(operations), self_(std::make_shared<DesktopFiles*>(this)) {}
+DesktopFiles::DesktopFiles(MainQueue& queue, const PageState& page, AddFiles& addFiles,
+                           const BridgeOperations& operations)
+    : queue_(queue), page_(page), addFiles_(addFiles), operations_(operations), self_(std::make_shared<DesktopFiles*>(this)) {}
 
 void DesktopFiles::open(std::vector<std::string> paths) { submit({std::move(paths), true}); }
 
@@ -22,13 +16,13 @@ void DesktopFiles::add(std::vector<std::string> paths) { submit({std::move(paths
 void DesktopFiles::submit(Request request) {
     if (request.paths.empty()) return;
     waiting_.push_back(std::move(request));
-    if (pageReady()) {
+    if (page_.loaded) {
         runWaiting();
         return;
     }
     if (!readyPoll_) {
         readyPoll_ = queue_.startRepeating(kReadyPoll, [this] {
-            if (pageReady()) runWaiting();
+            if (page_.loaded) runWaiting();
         });
     }
 }
@@ -53,11 +47,10 @@ void DesktopFiles::run(const Request& request) {
 }
 
 void DesktopFiles::playFirstAdded(const std::vector<std::string>& paths) {
-    const MainVC* view = MainVC::shared;
-    if (!view || !view->storedMp3Entities || !operations_.playItem) return;
+    if (!page_.storedMp3Entities || !operations_.playItem) return;
     for (const auto& path : paths) {
         const std::string url = fileUrlFromPath(path);
-        for (const auto& entry : *view->storedMp3Entities) {
+        for (const auto& entry : *page_.storedMp3Entities) {
             if (entry && entry->filePath == url) {
                 operations_.playItem(url);
                 return;

@@ -1,6 +1,7 @@
 #pragma once
-#include "bridge/handlers/BridgeOperations.h"
+#include "bridge/BridgeOperations.h"
 #include "library/AddFiles.h"
+#include "page/PageState.h"
 #include "platform/MainQueue.h"
 
 #include <chrono>
@@ -20,7 +21,7 @@ class DesktopFiles {
 public:
     static constexpr std::chrono::milliseconds kReadyPoll{100};
 
-    DesktopFiles(MainQueue& queue, AddFiles& addFiles, const BridgeOperations& operations);
+    DesktopFiles(MainQueue& queue, const PageState& page, AddFiles& addFiles, const BridgeOperations& operations);
     DesktopFiles(const DesktopFiles&) = delete;
     DesktopFiles& operator=(const DesktopFiles&) = delete;
 
@@ -45,6 +46,7 @@ private:
     void playFirstAdded(const std::vector<std::string>& paths);
 
     MainQueue& queue_;
+    const PageState& page_;
     AddFiles& addFiles_;
     const BridgeOperations& operations_;
     std::deque<Request> waiting_;

@@ -1,9 +1,8 @@
 #include "desktop/MediaPlayer2.h"
 
-#include "bridge/MainVC.h"
 #include "desktop/MprisIntrospection.h"
 #include "desktop/MprisValues.h"
-#include "engine/PlaybackTexts.h"
+#include "engine/Speeds.h"
 #include "library/store/FileNames.h"
 
 #include <algorithm>
@@ -43,12 +42,11 @@ constexpr std::string_view kPlayer = kMprisPlayerInterface;
 constexpr int kLastSpeedIdx = static_cast<int>(kSpeeds.size()) - 1;
 double rateAt(int speedIdx) { return static_cast<double>(rateForSpeedIdx(speedIdx)); }
 
-std::string playMode() { return MainVC::shared ? MainVC::shared->playMode : std::string(); }
 
 }  // namespace
 
 MediaPlayer2::MediaPlayer2(Deps deps)
-    : deps_(std::move(deps)), reader_(deps_.engine), self_(std::make_shared<MediaPlayer2*>(this)) {}
+    : deps_(std::move(deps)), reader_(deps_.engine, deps_.page), self_(std::make_shared<MediaPlayer2*>(this)) {}
 
 void MediaPlayer2::setSignals(BusSignals* signals) {
     signals_ = signals;
@@ -229,13 +227,13 @@ const std::map<MediaPlayer2::Member, MediaPlayer2::Property>& MediaPlayer2::prop
         {{kPlayer, "Shuffle"}, {nullptr, [](P p, V value) {
              const auto* shuffle = std::get_if<bool>(&value);
              if (!shuffle) return invalid("Shuffle is true or false");
-             return p.setPlayMode(modeForShuffle(*shuffle, playMode()));
+             return p.setPlayMode(modeForShuffle(*shuffle, p.deps_.page.playMode));
          }}},
         {{kPlayer, "LoopStatus"}, {nullptr, [](P p, V value) {
              const auto* loop = std::get_if<std::string>(&value);
              if (loop && *loop == "Track") return notSupported("no play mode repeats one track");
-             auto wanted = loop ? modeForLoopStatus(*loop, playMode()) : std::nullopt;
-             return wanted ? p.setPlayMode(wanted) : invalid("LoopStatus is None, Track or Playlist");
+             auto wanted = loop ? modeForLoopStatus(*loop, p.deps_.page.playMode) : std::nullopt;
+             return wanted ? p.setPlayMode(*wanted) : invalid("LoopStatus is None, Track or Playlist");
          }}},
     };
     return table;
@@ -249,18 +247,16 @@ std::optional<BusError> MediaPlayer2::setRate(double rate) {
     }
     const auto target = nearestSpeedIdx(rate);
     if (!target) return invalid("a rate is a number above 0");
-    int current = deps_.engine.get().speedIdx();
+    int current = deps_.engine.player().speedIdx();
     for (; current < *target; ++current) run(deps_.operations.speedUp);
     for (; current > *target; --current) run(deps_.operations.speedDown);
     return std::nullopt;
 }
 
 // Through the page's mode change, step by step, so the page shows the mode reached.
-std::optional<BusError> MediaPlayer2::setPlayMode(const std::optional<std::string>& mode) {
-    if (!MainVC::shared || !mode) return BusError{kFailed, "the main view is not ready"};
-    const auto steps = modeChangeSteps(MainVC::shared->playMode, *mode);
-    if (!steps) return BusError{kFailed, "unknown play mode " + MainVC::shared->playMode};
-    for (int i = 0; i < *steps; ++i) run(deps_.operations.changeMode);
+std::optional<BusError> MediaPlayer2::setPlayMode(PlayMode mode) {
+    const int steps = playModeSteps(deps_.page.playMode, mode);
+    for (int i = 0; i < steps; ++i) run(deps_.operations.changeMode);
     return std::nullopt;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
-#include "bridge/handlers/BridgeOperations.h"
+#include "bridge/BridgeOperations.h"
 #include "desktop/PlayerState.h"
-#include "engine/Engine.h"
+#include "engine/PlayerHolder.h"
 #include "platform/DesktopBus.h"
 #include "platform/MainQueue.h"
 
@@ -27,7 +27,8 @@ public:
 
     struct Deps {
         MainQueue& queue;
-        Engine& engine;
+        PlayerHolder& engine;
+        const PageState& page;  // what the page shows: the play list, the current item and the mode
         const BridgeOperations& operations;  // the page's operations, as the program filled them
         std::function<void(std::vector<std::string> paths)> openFiles;
         std::function<void()> raise;  // shows the main window, as a second launch does
@@ -71,7 +72,7 @@ private:
     std::optional<BusError> setPosition(const std::string& trackId, std::int64_t position);
     std::optional<BusError> openUri(const std::string& uri);
     std::optional<BusError> setRate(double rate);
-    std::optional<BusError> setPlayMode(const std::optional<std::string>& mode);
+    std::optional<BusError> setPlayMode(PlayMode mode);
     // The page's seek to a time of the loaded track.
     void seekTo(double seconds, double duration);
     void queueRefresh();

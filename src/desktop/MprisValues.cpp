@@ -1,6 +1,6 @@
 #include "desktop/MprisValues.h"
 
-#include "engine/PlaybackTexts.h"
+#include "engine/Speeds.h"
 
 #include <algorithm>
 #include <cmath>
@@ -9,28 +9,19 @@
 
 namespace tunelark {
 
-std::string loopStatusForMode(const std::string& playMode) {
-    return playMode == "cycle" || playMode == "random" ? "Playlist" : "None";
-}
+std::string loopStatusForMode(PlayMode playMode) { return playMode == PlayMode::sequence ? "None" : "Playlist"; }
 
-bool shuffleForMode(const std::string& playMode) { return playMode == "random"; }
+bool shuffleForMode(PlayMode playMode) { return playMode == PlayMode::random; }
 
-std::optional<std::string> modeForLoopStatus(const std::string& loopStatus, const std::string& playMode) {
-    if (loopStatus == "None") return std::string("sequence");
-    if (loopStatus == "Playlist") return std::string(playMode == "random" ? "random" : "cycle");
+std::optional<PlayMode> modeForLoopStatus(const std::string& loopStatus, PlayMode playMode) {
+    if (loopStatus == "None") return PlayMode::sequence;
+    if (loopStatus == "Playlist") return playMode == PlayMode::random ? PlayMode::random : PlayMode::cycle;
     return std::nullopt;
 }
 
-std::string modeForShuffle(bool shuffle, const std::string& playMode) {
-    if (shuffle) return "random";
-    return playMode == "random" ? "cycle" : playMode;
-}
-
-std::optional<int> modeChangeSteps(const std::string& from, const std::string& to) {
-    auto start = playModeIndex(from);
-    auto end = playModeIndex(to);
-    if (!start || !end) return std::nullopt;
-    return static_cast<int>((*end + kPlayModes.size() - *start) % kPlayModes.size());
+PlayMode modeForShuffle(bool shuffle, PlayMode playMode) {
+    if (shuffle) return PlayMode::random;
+    return playMode == PlayMode::random ? PlayMode::cycle : playMode;
 }
 
 std::optional<int> nearestSpeedIdx(double rate) {

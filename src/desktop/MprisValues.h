@@ -1,4 +1,6 @@
 #pragma once
+#include "page/PlayMode.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -10,17 +12,14 @@ namespace tunelark {
 
 // The three play modes as the interface's loop status and shuffle flag: "cycle" loops the play list,
 // "random" shuffles (endlessly, so it loops too), "sequence" stops after the last track.
-std::string loopStatusForMode(const std::string& playMode);
-bool shuffleForMode(const std::string& playMode);
+std::string loopStatusForMode(PlayMode playMode);
+bool shuffleForMode(PlayMode playMode);
 
 // The play mode a loop status asks for: "None" is "sequence"; "Playlist" is "cycle", or "random" kept
 // when shuffling. Nothing for "Track" (no mode repeats one track) or any other text.
-std::optional<std::string> modeForLoopStatus(const std::string& loopStatus, const std::string& playMode);
+std::optional<PlayMode> modeForLoopStatus(const std::string& loopStatus, PlayMode playMode);
 // Shuffle on is "random"; shuffle off leaves "random" for "cycle" and keeps the other modes.
-std::string modeForShuffle(bool shuffle, const std::string& playMode);
-// How many steps of the page's mode change (cycle, random, sequence, cycle...) lead from one mode to
-// another; nothing when either is not one of the three.
-std::optional<int> modeChangeSteps(const std::string& from, const std::string& to);
+PlayMode modeForShuffle(bool shuffle, PlayMode playMode);
 
 // The index of the playback rate nearest to rate (the lower one on a tie); nothing for a rate that is not
 // finite or not above 0.

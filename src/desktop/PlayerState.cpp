@@ -1,8 +1,7 @@
 #include "desktop/PlayerState.h"
 
-#include "bridge/MainVC.h"
 #include "desktop/MprisValues.h"
-#include "engine/PlaybackTexts.h"
+#include "engine/Speeds.h"
 #include "library/store/FileNames.h"
 
 #include <cmath>
@@ -18,13 +17,13 @@ struct ListPlace {
     std::shared_ptr<Mp3Entity> entry;
 };
 
-ListPlace placeInList(const MainVC* view) {
+ListPlace placeInList(const PageState& page) {
     ListPlace place;
-    if (!view || !view->storedMp3Entities) return place;
-    const auto& list = *view->storedMp3Entities;
+    if (!page.storedMp3Entities) return place;
+    const auto& list = *page.storedMp3Entities;
     place.size = list.size();
     for (std::size_t i = 0; i < list.size(); ++i) {
-        if (list[i] && list[i]->filePath == view->playingFilePath) {
+        if (list[i] && list[i]->filePath == page.playingFilePath) {
             place.current = i;
             place.entry = list[i];
             break;
@@ -35,16 +34,12 @@ ListPlace placeInList(const MainVC* view) {
 
 // Next and previous as the transport steps by mode: "sequence" stops after the last item; the other
 // modes always find an item while the list has one.
-bool canGoNext(const std::string& mode, const ListPlace& place) {
-    if (mode == "cycle" || mode == "random") return place.size > 0;
-    if (mode == "sequence") return place.current && *place.current + 1 < place.size;
-    return false;
+bool canGoNext(PlayMode mode, const ListPlace& place) {
+    if (mode == PlayMode::sequence) return place.current && *place.current + 1 < place.size;
+    return place.size > 0;
 }
 
-bool canGoPrevious(const std::string& mode, const ListPlace& place) {
-    if (mode == "cycle" || mode == "random" || mode == "sequence") return place.size > 0;
-    return false;
-}
+bool canGoPrevious(const ListPlace& place) { return place.size > 0; }
 
 }  // namespace
 
@@ -69,9 +64,8 @@ PlayerState PlayerStateReader::read() {
     PlayerState state;
     PlayerUtil* engine = player();
     AudioPlayer* track = engine ? engine->mp3Player() : nullptr;
-    const MainVC* view = MainVC::shared;
-    const std::string mode = view ? view->playMode : "cycle";
-    const ListPlace place = placeInList(view);
+    const PlayMode mode = page_.playMode;
+    const ListPlace place = placeInList(page_);
 
     if (track) state.playbackStatus = track->isPlaying() ? "Playing" : "Paused";
     state.rate = rateForSpeedIdx(engine ? engine->speedIdx() : kInitialSpeedIdx);
@@ -79,7 +73,7 @@ PlayerState PlayerStateReader::read() {
     state.loopStatus = loopStatusForMode(mode);
     state.metadata = metadata(engine);
     state.canGoNext = canGoNext(mode, place);
-    state.canGoPrevious = canGoPrevious(mode, place);
+    state.canGoPrevious = canGoPrevious(place);
     state.canPlay = place.size > 0 || track != nullptr;
     state.canPause = track != nullptr;
     state.canSeek = duration().has_value();
@@ -103,15 +97,14 @@ std::optional<double> PlayerStateReader::duration() const {
 }
 
 std::string PlayerStateReader::currentTrackId() const {
-    return trackIdFor(MainVC::shared ? MainVC::shared->playingFilePath : std::string());
+    return trackIdFor(page_.playingFilePath);
 }
 
 BusDict PlayerStateReader::metadata(PlayerUtil* engine) {
-    const MainVC* view = MainVC::shared;
-    const std::string filePath = view ? view->playingFilePath : std::string();
+    const std::string filePath = page_.playingFilePath;
     BusDict values{{"mpris:trackid", BusObjectPath{trackIdFor(filePath)}}};
     if (filePath.empty()) return values;
-    const ListPlace place = placeInList(view);
+    const ListPlace place = placeInList(page_);
     const std::string fileName =
         place.entry && place.entry->fileName ? *place.entry->fileName : lastComponentDecoded(filePath);
     values["xesam:url"] = filePath;

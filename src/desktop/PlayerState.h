@@ -1,5 +1,6 @@
 #pragma once
-#include "engine/Engine.h"
+#include "engine/PlayerHolder.h"
+#include "page/PageState.h"
 #include "platform/DesktopBus.h"
 
 #include <cstdint>
@@ -27,17 +28,17 @@ struct PlayerState {
     BusProperties changedSince(const PlayerState& before) const;
 };
 
-// Reads that state from the engine and the main view without creating either. Lyric texts above
+// Reads that state from the engine and the page state without creating the engine. Lyric texts above
 // kLongestLyricText are left out of the metadata. Main thread only, never while the timeline lock is held.
 class PlayerStateReader {
 public:
     static constexpr std::size_t kLongestLyricText = 1 << 20;
 
-    explicit PlayerStateReader(Engine& engine) : engine_(engine) {}
+    PlayerStateReader(PlayerHolder& engine, const PageState& page) : engine_(engine), page_(page) {}
 
     PlayerState read();
     // The engine, or nothing before its first use.
-    PlayerUtil* player() const { return engine_.created() ? &engine_.get() : nullptr; }
+    PlayerUtil* player() const { return engine_.created() ? &engine_.player() : nullptr; }
     // The loaded track's position and duration in seconds; nothing without a track or a usable duration.
     std::optional<double> position() const;
     std::optional<double> duration() const;
@@ -48,7 +49,8 @@ private:
     BusDict metadata(PlayerUtil* player);
     const std::string* lyricText(PlayerUtil& player);
 
-    Engine& engine_;
+    PlayerHolder& engine_;
+    const PageState& page_;
     std::string lyricText_;  // kept so that an unchanged text is compared, not copied
 };
 

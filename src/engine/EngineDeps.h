@@ -2,6 +2,7 @@
 #include "engine/RandomSource.h"
 #include "engine/lyrics/PreferredLanguage.h"
 #include "library/store/Store.h"
+#include "page/MainVC.h"
 #include "platform/AudioPlayer.h"
 #include "platform/Dialogs.h"
 #include "platform/MainQueue.h"
@@ -15,6 +16,7 @@ namespace tunelark {
 // What the engine is given by the program (or by a test). Every reference outlives the engine.
 struct PlayerDeps {
     MainQueue& queue;
+    MainVC& mainVC;  // the page calls, and the page state they report
     Store& store;
     Dialogs& dialogs;  // alerts
     AudioPlayerFactory& players;

@@ -1,6 +1,6 @@
 #include "engine/LyricsLoader.h"
 
-#include "bridge/MainVC.h"
+#include "page/MainVC.h"
 #include "engine/lyrics/CharsetEnum.h"
 #include "library/store/Bookmark.h"
 #include "library/store/FileNames.h"
@@ -25,10 +25,10 @@ std::optional<std::string> readWholeFile(const std::string& path) {
     return std::move(bytes).str();
 }
 
-std::shared_ptr<LrcEntity> lyricEntryFor(const MainVC* view) {
-    if (view == nullptr || !view->storedLrcEntities) return nullptr;
-    std::string mainPath = getMainPathFileName(view->playingFilePath);
-    for (const auto& entry : *view->storedLrcEntities) {
+std::shared_ptr<LrcEntity> lyricEntryFor(const PageState& page) {
+    if (!page.storedLrcEntities) return nullptr;
+    std::string mainPath = getMainPathFileName(page.playingFilePath);
+    for (const auto& entry : *page.storedLrcEntities) {
         if (entry && entry->mainPathFileName && *entry->mainPathFileName == mainPath) return entry;
     }
     return nullptr;
@@ -74,7 +74,7 @@ std::string unreadableLyricsAlertText(const LrcEntity& entry, const std::string&
 void LyricsLoader::load(LrcTimeline& timeline) {
     std::lock_guard lock(timeline.lock());
     timeline.clear();
-    std::shared_ptr<LrcEntity> entry = lyricEntryFor(MainVC::shared);
+    std::shared_ptr<LrcEntity> entry = lyricEntryFor(deps_.mainVC.state());
     if (!entry) return;
     ChosenCharset chosen = chooseCharset(entry->charset, deps_.preferredLanguage());
     bool stale = true;

@@ -5,7 +5,7 @@
 namespace tunelark {
 
 void OutputDeviceWatch::check() {
-    PlayerUtil& player = engine_.get();
+    PlayerUtil& player = engine_.player();
     if (device_.defaultOutputDevice() != player.recordedOutputDevice()) {
         // One decision per change away: a second change (A to B to C) neither pauses nor resumes.
         if (memory_ != PausedByDeviceChange::unknown) return;

@@ -1,5 +1,5 @@
 #pragma once
-#include "engine/Engine.h"
+#include "engine/PlayerHolder.h"
 #include "platform/AudioPlayer.h"
 #include "platform/MainQueue.h"
 
@@ -13,7 +13,7 @@ class OutputDeviceWatch {
 public:
     enum class PausedByDeviceChange { unknown, yes, no };
 
-    OutputDeviceWatch(Engine& engine, OutputDevice& device) : engine_(engine), device_(device) {}
+    OutputDeviceWatch(PlayerHolder& engine, OutputDevice& device) : engine_(engine), device_(device) {}
 
     // One look at the device; creates the engine on its first run.
     void check();
@@ -23,7 +23,7 @@ public:
     PausedByDeviceChange memory() const { return memory_; }
 
 private:
-    Engine& engine_;
+    PlayerHolder& engine_;
     OutputDevice& device_;
     PausedByDeviceChange memory_ = PausedByDeviceChange::unknown;
     std::unique_ptr<RepeatingTimer> timer_;

@@ -1,13 +1,15 @@
 #include "engine/PlayerUtil.h"
 
-#include "bridge/MainVC.h"
-#include "engine/PlaybackTexts.h"
+#include "engine/Speeds.h"
+#include "engine/TimeText.h"
 #include "library/store/Bookmark.h"
 #include "library/store/FileNames.h"
 #include "platform/Console.h"
 #include "platform/Localized.h"
 
 #include <algorithm>
+#include <cmath>
+#include <mutex>
 #include <optional>
 
 namespace tunelark {
@@ -21,8 +23,24 @@ std::optional<std::size_t> indexOfPath(const Records<Mp3Entity>& list, const std
     return std::nullopt;
 }
 
-const Records<Mp3Entity>* playList(const MainVC* view) {
-    return view && view->storedMp3Entities ? &*view->storedMp3Entities : nullptr;
+const Records<Mp3Entity>* playList(const PageState& page) {
+    return page.storedMp3Entities ? &*page.storedMp3Entities : nullptr;
+}
+
+// The item a step plays in cycle or sequence mode, from the current index i of n items; nothing when the
+// step plays nothing. Cycle wraps at both ends; sequence ends after the last item and repeats the first
+// on a step back from it. With no current item, next plays the first item in cycle mode only, and
+// previous plays the last.
+std::optional<std::size_t> steppedIndex(PlayMode mode, bool forward, std::optional<std::size_t> i, std::size_t n) {
+    if (n == 0) return std::nullopt;
+    const bool cycle = mode == PlayMode::cycle;
+    if (forward) {
+        if (i && *i + 1 < n) return *i + 1;
+        return cycle ? std::optional<std::size_t>(0) : std::nullopt;
+    }
+    if (!i) return n - 1;
+    if (*i > 0) return *i - 1;
+    return cycle ? n - 1 : 0;
 }
 
 }  // namespace
@@ -33,38 +51,43 @@ std::string staleAudioAlertText(const Mp3Entity& entry) {
 }
 
 PlayerUtil::PlayerUtil(PlayerDeps deps, EngineSeams& seams)
-    : deps_(std::move(deps)), seams_(seams), lyricsLoader_(deps_, seams_), speedIdx_(kInitialSpeedIdx) {}
+    : deps_(std::move(deps)),
+      seams_(seams),
+      view_(deps_.mainVC),
+      page_(deps_.mainVC.state()),
+      lyricsLoader_(deps_, seams_),
+      speedIdx_(kInitialSpeedIdx) {}
 
 void PlayerUtil::loadLyrics() { lyricsLoader_.load(timeline_); }
 
 void PlayerUtil::play() {
     recordOutputDevice();
-    MainVC* view = MainVC::shared;
     if (mp3Player_ && mp3Player_->isPlaying()) return;
     if (mp3Player_ && startPlayer()) {
+        // A rate set on a paused player may not take; the started one is given it and told to play on.
         mp3Player_->setRate(rate());
         startPlayer();
-        if (view) view->setIsPlaying(true);
+        view_.setIsPlaying(true);
         loadLyrics();
         return;
     }
     bool stale = true;
-    std::shared_ptr<Mp3Entity> candidate = view ? openFromPlayList(*view, stale) : nullptr;
+    std::shared_ptr<Mp3Entity> candidate = openFromPlayList(stale);
     saveStore();
-    startCandidate(view, candidate, stale);
+    startCandidate(candidate, stale);
     loadLyrics();
 }
 
 // With nothing current every entry is tried until one gives a player; after a current item, the
 // entries after it are tried while they are stale, and the first that resolves is the candidate.
-std::shared_ptr<Mp3Entity> PlayerUtil::openFromPlayList(MainVC& view, bool& stale) {
-    const Records<Mp3Entity>* stored = playList(&view);
+std::shared_ptr<Mp3Entity> PlayerUtil::openFromPlayList(bool& stale) {
+    const Records<Mp3Entity>* stored = playList(page_);
     if (!stored) return nullptr;
     const Records<Mp3Entity> list = *stored;  // our own copy: opening posts and saves, never edits it
-    const bool afterCurrent = !view.playingFilePath.empty();
+    const bool afterCurrent = !page_.playingFilePath.empty();
     std::size_t first = 0;
     if (afterCurrent) {
-        if (auto current = indexOfPath(list, view.playingFilePath)) {
+        if (auto current = indexOfPath(list, page_.playingFilePath)) {
             first = static_cast<std::size_t>(std::max<int>(0, list[*current]->no));  // no is 1-based
         }
     }
@@ -78,38 +101,35 @@ std::shared_ptr<Mp3Entity> PlayerUtil::openFromPlayList(MainVC& view, bool& stal
     return candidate;
 }
 
-void PlayerUtil::startCandidate(MainVC* view, const std::shared_ptr<Mp3Entity>& candidate, bool stale) {
+void PlayerUtil::startCandidate(const std::shared_ptr<Mp3Entity>& candidate, bool stale) {
     if (candidate && !stale && mp3Player_) {
         armPlayer();
         if (startPlayer()) {
-            if (view) reportStarted(*view, *candidate, false);
+            reportStarted(*candidate, false);
             return;
         }
     }
-    reportPlayFailed(view, candidate ? candidate->filePath.value_or("") : "");
+    reportPlayFailed(candidate ? candidate->filePath.value_or("") : "");
 }
 
 void PlayerUtil::playItem(const std::string& filePath) {
     recordOutputDevice();
-    MainVC* view = MainVC::shared;
-    if (view && view->playingFilePath == filePath) {
+    if (page_.playingFilePath == filePath) {
         loadLyrics();
         if (mp3Player_) {
             mp3Player_->setRate(rate());
             startPlayer();
         }
-        view->setIsPlaying(true);
+        view_.setIsPlaying(true);
         return;
     }
     if (mp3Player_) mp3Player_->stop();
     replacePlayer(nullptr);
-    if (view) {
-        view->playingFilePath = filePath;
-        view->setIsPlaying(false);
-        view->setPlayingFilePath(filePath);
-    }
+    page_.playingFilePath = filePath;
+    view_.setIsPlaying(false);
+    view_.setPlayingFilePath(filePath);
     loadLyrics();  // before the audio is opened
-    const Records<Mp3Entity>* list = playList(view);
+    const Records<Mp3Entity>* list = playList(page_);
     std::optional<std::size_t> index = list ? indexOfPath(*list, filePath) : std::nullopt;
     if (!index) return;
     std::shared_ptr<Mp3Entity> entry = (*list)[*index];
@@ -118,79 +138,111 @@ void PlayerUtil::playItem(const std::string& filePath) {
     if (!stale && mp3Player_) {
         armPlayer();
         if (startPlayer()) {
-            reportStarted(*view, *entry, true);
+            reportStarted(*entry, true);
             return;
         }
     }
-    reportPlayItemFailed(*view, *entry);
+    reportPlayItemFailed(*entry);
 }
 
 void PlayerUtil::pause() {
     if (mp3Player_) mp3Player_->pause();
-    if (MainVC* view = MainVC::shared) view->setIsPlaying(false);
+    view_.setIsPlaying(false);
 }
 
-void PlayerUtil::playNext() {
-    MainVC* view = MainVC::shared;
-    const Records<Mp3Entity>* list = playList(view);
-    if (!list) return;
-    const std::size_t n = list->size();
-    std::optional<std::size_t> i = indexOfPath(*list, view->playingFilePath);
-    std::size_t next = 0;
-    if (view->playMode == "cycle") {
-        if (n == 0) return;
-        next = i && *i + 1 < n ? *i + 1 : 0;
-    } else if (view->playMode == "sequence") {
-        if (!i || *i + 1 >= n) return;
-        next = *i + 1;
-    } else {
-        if (view->playMode == "random") randomPick();
-        return;
-    }
-    playItem((*list)[next]->filePath.value_or(""));
-}
+void PlayerUtil::playNext() { step(Step::next); }
 
-void PlayerUtil::playPrevious() {
-    MainVC* view = MainVC::shared;
-    const Records<Mp3Entity>* list = playList(view);
+void PlayerUtil::playPrevious() { step(Step::previous); }
+
+void PlayerUtil::step(Step direction) {
+    const Records<Mp3Entity>* list = playList(page_);
     if (!list) return;
-    const std::size_t n = list->size();
-    std::optional<std::size_t> i = indexOfPath(*list, view->playingFilePath);
-    std::size_t previous = 0;
-    if (view->playMode == "cycle") {
-        if (n == 0) return;
-        previous = i && *i > 0 ? *i - 1 : n - 1;
-    } else if (view->playMode == "sequence") {
-        if (n == 0) return;
-        previous = i ? (*i > 0 ? *i - 1 : 0) : n - 1;
-    } else {
-        if (view->playMode == "random") randomPick();
+    if (page_.playMode == PlayMode::random) {
+        randomPick();
         return;
     }
-    playItem((*list)[previous]->filePath.value_or(""));
+    const auto current = indexOfPath(*list, page_.playingFilePath);
+    const auto target = steppedIndex(page_.playMode, direction == Step::next, current, list->size());
+    if (target) playItem((*list)[*target]->filePath.value_or(""));
 }
 
 void PlayerUtil::randomPick() {
-    const Records<Mp3Entity>* list = playList(MainVC::shared);
+    const Records<Mp3Entity>* list = playList(page_);
     if (!list || list->empty()) return;
     playItem((*list)[deps_.random() % list->size()]->filePath.value_or(""));
 }
 
 void PlayerUtil::endOfTrack() {
-    if (MainVC* view = MainVC::shared) view->setIsPlaying(false);
+    view_.setIsPlaying(false);
     playNext();
 }
 
 void PlayerUtil::changeMode() {
-    MainVC* view = MainVC::shared;
-    if (!view) return;
-    if (auto index = playModeIndex(view->playMode)) {
-        view->playMode = std::string(kPlayModes[(*index + 1) % kPlayModes.size()]);
-    }
-    view->setMode();
+    page_.playMode = playModeAfter(page_.playMode);
+    view_.setMode();
 }
 
-void PlayerUtil::setSpeedIdx(int index) { speedIdx_ = std::clamp(index, 0, static_cast<int>(kSpeeds.size()) - 1); }
+void PlayerUtil::seekPercent(double percent) {
+    if (!std::isfinite(percent) || !mp3Player_) return;
+    AudioPlayer* player = mp3Player_.get();
+    double duration = player->duration();
+    if (!std::isfinite(duration) || duration <= 0) {
+        consoleLine("Seek ignored: unusable duration " + std::to_string(duration));
+        return;
+    }
+    pause();
+    player->setPosition(std::clamp(percent / 10000.0 * duration, 0.0, duration));
+    play();
+}
+
+void PlayerUtil::speedUp() { stepSpeed(+1); }
+
+void PlayerUtil::speedDown() { stepSpeed(-1); }
+
+void PlayerUtil::stepSpeed(int step) {
+    const int next = speedIdx_ + step;
+    if (next >= 0 && next < static_cast<int>(kSpeeds.size())) {
+        speedIdx_ = next;
+        if (mp3Player_ && mp3Player_->isPlaying()) {
+            mp3Player_->pause();
+            mp3Player_->setRate(rate());
+            startPlayer();
+            view_.setIsPlaying(true);
+        } else if (mp3Player_) {
+            mp3Player_->setRate(rate());
+        }
+    }
+    view_.setSpeed(std::string(kSpeeds[static_cast<std::size_t>(speedIdx_)]));
+}
+
+void PlayerUtil::nextLyric() {
+    std::lock_guard lock(timeline_.lock());
+    if (!mp3Player_ || timeline_.timeLineArray.empty()) return;
+    std::optional<std::size_t> later = timeline_.laterLine(mp3Player_->position());
+    if (!later) return;  // the last line has begun
+    std::size_t current = *later == 0 ? 0 : *later - 1;
+    if (current + 1 >= timeline_.timeLineArray.size()) return;
+    jumpTo(*mp3Player_, timeline_.timeLineArray[current + 1]);
+}
+
+void PlayerUtil::previousLyric() {
+    std::lock_guard lock(timeline_.lock());
+    if (!mp3Player_ || timeline_.timeLineArray.empty()) return;
+    std::optional<std::size_t> later = timeline_.laterLine(mp3Player_->position());
+    if (later == std::size_t{0}) return;
+    std::size_t upcoming = later.value_or(timeline_.timeLineArray.size());
+    if (upcoming < 2) return;
+    // 0.08 s into the line before the current one.
+    jumpTo(*mp3Player_, timeline_.timeLineArray[upcoming - 2] + 0.08);
+}
+
+void PlayerUtil::jumpTo(AudioPlayer& player, double position) {
+    player.pause();
+    player.setPosition(position);
+    player.setRate(rate());
+    startPlayer();
+    view_.setIsPlaying(true);
+}
 
 float PlayerUtil::rate() const { return rateForSpeedIdx(speedIdx_); }
 
@@ -220,38 +272,37 @@ bool PlayerUtil::openEntry(Mp3Entity& entry) {
     return stale;
 }
 
-void PlayerUtil::reportPlayFailed(MainVC* view, const std::string& filePath) {
-    if (!view) return;
-    view->isPlaying = false;
-    view->playingFilePath = filePath;
-    view->setPlayingFilePath(filePath);
-    view->setIsPlaying(false);
-    view->setCurrent("-1");
-    view->setDuration("-1");
-    view->setSliderCurrentValue(0);
-    view->setMainFileName("");
+void PlayerUtil::reportPlayFailed(const std::string& filePath) {
+    page_.isPlaying = false;
+    page_.playingFilePath = filePath;
+    view_.setPlayingFilePath(filePath);
+    view_.setIsPlaying(false);
+    view_.setCurrent("-1");
+    view_.setDuration("-1");
+    view_.setSliderCurrentValue(0);
+    view_.setMainFileName("");
 }
 
-void PlayerUtil::reportPlayItemFailed(MainVC& view, const Mp3Entity& entry) {
-    view.isPlaying = false;
-    view.playingFilePath = entry.filePath.value_or("");
-    view.setCurrent("-1");
-    view.setDuration("-1");
-    view.setPlayingFilePath(view.playingFilePath);
-    view.setIsPlaying(false);
-    view.setSliderCurrentValue(0);
-    view.setMainFileName(displayName(entry.fileName.value_or("")));
+void PlayerUtil::reportPlayItemFailed(const Mp3Entity& entry) {
+    page_.isPlaying = false;
+    page_.playingFilePath = entry.filePath.value_or("");
+    view_.setCurrent("-1");
+    view_.setDuration("-1");
+    view_.setPlayingFilePath(page_.playingFilePath);
+    view_.setIsPlaying(false);
+    view_.setSliderCurrentValue(0);
+    view_.setMainFileName(displayName(entry.fileName.value_or("")));
 }
 
-void PlayerUtil::reportStarted(MainVC& view, const Mp3Entity& entry, bool withSlider) {
-    view.isPlaying = true;
-    view.playingFilePath = entry.filePath.value_or("");
-    view.setIsPlaying(true);
-    view.setPlayingFilePath(view.playingFilePath);
-    view.setCurrent("00:00");
-    view.setDuration(timeText(mp3Player_->duration()));
-    if (withSlider) view.setSliderCurrentValue(0);
-    view.setMainFileName(displayName(entry.fileName.value_or("")));
+void PlayerUtil::reportStarted(const Mp3Entity& entry, bool withSlider) {
+    page_.isPlaying = true;
+    page_.playingFilePath = entry.filePath.value_or("");
+    view_.setIsPlaying(true);
+    view_.setPlayingFilePath(page_.playingFilePath);
+    view_.setCurrent("00:00");
+    view_.setDuration(timeText(mp3Player_->duration()));
+    if (withSlider) view_.setSliderCurrentValue(0);
+    view_.setMainFileName(displayName(entry.fileName.value_or("")));
 }
 
 void PlayerUtil::armPlayer() {
@@ -282,14 +333,12 @@ void PlayerUtil::onPlayerFailed(std::uint64_t generation, const std::string& mes
     if (generation != generation_) return;  // a replaced player's error says nothing about this item
     consoleLine("Playback stopped: " + message);
     replacePlayer(nullptr);
-    MainVC* view = MainVC::shared;
-    if (!view) return;
-    const Records<Mp3Entity>* list = playList(view);
-    std::optional<std::size_t> index = list ? indexOfPath(*list, view->playingFilePath) : std::nullopt;
+    const Records<Mp3Entity>* list = playList(page_);
+    std::optional<std::size_t> index = list ? indexOfPath(*list, page_.playingFilePath) : std::nullopt;
     Mp3Entity fromPath;
-    fromPath.fileName = lastComponentDecoded(view->playingFilePath);
-    fromPath.filePath = view->playingFilePath;
-    reportPlayItemFailed(*view, index ? *(*list)[*index] : fromPath);
+    fromPath.fileName = lastComponentDecoded(page_.playingFilePath);
+    fromPath.filePath = page_.playingFilePath;
+    reportPlayItemFailed(index ? *(*list)[*index] : fromPath);
 }
 
 void PlayerUtil::saveStore() {

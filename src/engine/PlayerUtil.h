@@ -11,11 +11,10 @@
 
 namespace tunelark {
 
-class MainVC;
-
-// The engine: the loaded track, the rate, the lyrics timeline, and the transport that opens tracks
-// from the main view's play list and reports to the page. Main thread only; none of the operations
-// may run while the timeline lock is held (they load lyrics, which takes it).
+// The transport: the loaded track, the rate and the lyrics timeline, and every operation on them —
+// opening tracks from the play list, pause, stepping by play mode, seeks, speed steps and lyric jumps —
+// reported to the page. Main thread only; none of the operations may run while the timeline lock is
+// held (they load lyrics or walk the timeline, which takes it).
 class PlayerUtil {
 public:
     PlayerUtil(PlayerDeps deps, EngineSeams& seams);
@@ -27,44 +26,57 @@ public:
     void play();
     void playItem(const std::string& filePath);
     void pause();
-    // Next and previous by the main view's play mode.
+    // Next and previous by the page state's play mode.
     void playNext();
     void playPrevious();
     void randomPick();
     void endOfTrack();
     void changeMode();
 
-    // For the clock and the device watch.
+    // Ten-thousandths of the duration; the position is clamped to the track.
+    void seekPercent(double percent);
+    void speedUp();
+    void speedDown();
+    void nextLyric();
+    void previousLyric();
+
+    // For the clock, the device watch and the desktop.
     AudioPlayer* mp3Player() const { return mp3Player_.get(); }
     LrcTimeline& timeline() { return timeline_; }
     int speedIdx() const { return speedIdx_; }
-    void setSpeedIdx(int index);
     float rate() const;
-    // Starts the loaded player; a later end of track counts again once it has started.
-    bool startPlayer();
     unsigned int recordedOutputDevice() const { return recordedOutputDevice_; }
     PlayerDeps& deps() { return deps_; }
     EngineSeams& seams() { return seams_; }
 
 private:
+    enum class Step { next, previous };
+    void step(Step direction);
     void recordOutputDevice();
+    // Starts the loaded player; a later end of track counts again once it has started.
+    bool startPlayer();
     // Opening an entry: its player replaces the loaded one when the bookmark gives access. Returns the
     // stale flag.
     bool openEntry(Mp3Entity& entry);
-    std::shared_ptr<Mp3Entity> openFromPlayList(MainVC& view, bool& stale);
-    void startCandidate(MainVC* view, const std::shared_ptr<Mp3Entity>& candidate, bool stale);
-    void reportPlayFailed(MainVC* view, const std::string& filePath);
-    void reportPlayItemFailed(MainVC& view, const Mp3Entity& entry);
-    void reportStarted(MainVC& view, const Mp3Entity& entry, bool withSlider);
+    std::shared_ptr<Mp3Entity> openFromPlayList(bool& stale);
+    void startCandidate(const std::shared_ptr<Mp3Entity>& candidate, bool stale);
+    void reportPlayFailed(const std::string& filePath);
+    void reportPlayItemFailed(const Mp3Entity& entry);
+    void reportStarted(const Mp3Entity& entry, bool withSlider);
     // Makes the engine the player's delegate, enables rate control and sets the rate.
     void armPlayer();
     void replacePlayer(std::unique_ptr<AudioPlayer> player);
     void onPlayerEnded(std::uint64_t generation);
     void onPlayerFailed(std::uint64_t generation, const std::string& message);
+    void stepSpeed(int step);
+    // Pauses, moves to the position, restores the rate and plays, reporting that it plays.
+    void jumpTo(AudioPlayer& player, double position);
     void saveStore();
 
     PlayerDeps deps_;
     EngineSeams& seams_;
+    MainVC& view_;
+    PageState& page_;
     LyricsLoader lyricsLoader_;
     LrcTimeline timeline_;
     std::unique_ptr<AudioPlayer> mp3Player_;

@@ -1,11 +1,9 @@
 #include "library/PlayList.h"
 
-#include "bridge/MainVC.h"
-#include "bridge/MainWindowFrame.h"
-#include "bridge/PageCalls.h"
-#include "engine/PlaybackTexts.h"
+#include "engine/Speeds.h"
 #include "engine/lyrics/CharsetEnum.h"
 #include "library/store/FileNames.h"
+#include "page/PageCalls.h"
 #include "platform/Console.h"
 
 #include <nlohmann/json.hpp>
@@ -86,15 +84,9 @@ void removeOrphans(Store& store, const Records<Mp3Entity>& audio, const Records<
     }
 }
 
-Rect centredOnMainScreen(const Screens& screens) {
-    const auto all = screens.all();
-    if (all.empty()) return Rect{0, 0, kMainWindowWidth, kMainWindowHeight};
-    return normalFrameCentredIn(all.front().frame);
-}
-
 }  // namespace
 
-PlayList::PlayList(Store& store, MainQueue& queue) : store_(store), queue_(queue) {}
+PlayList::PlayList(Store& store, MainQueue& queue, MainVC& view) : store_(store), queue_(queue), view_(view) {}
 
 std::optional<PlayListRecords> PlayList::loadPlayList() {
     auto audio = complete(store_.fetchMp3Entities(), "audio");
@@ -108,70 +100,48 @@ std::optional<PlayListRecords> PlayList::loadPlayList() {
     removeOrphans(store_, *audio, *lyrics);
     store_.saveChanges();
 
-    if (MainVC* view = MainVC::shared) {
-        view->storedMp3Entities = std::move(*audio);
-        view->storedLrcEntities = std::move(*lyrics);
-    }
+    view_.state().storedMp3Entities = std::move(*audio);
+    view_.state().storedLrcEntities = std::move(*lyrics);
     return records;
 }
 
 void PlayList::sendPlayList() {
-    MainVC* view = MainVC::shared;
-    if (view == nullptr || view->wkWebView == nullptr) return;
+    if (!view_.hasPage()) return;
     const auto records = loadPlayList();
     if (!records || records->mp3FileItems.empty()) {
-        view->evaluate(setPlayListScript("[]", "[]"));
+        view_.evaluate(setPlayListScript("[]", "[]"));
         return;
     }
     const std::string mp3Content = jsStringContent(mp3FileItemsJson(records->mp3FileItems));
     consoleLine("native mp3FileItemsJsonString::::" + mp3Content);
     const std::string lrcContent = jsStringContent(lrcFileItemsJson(records->lrcFileItems));
     consoleLine("native lrcFileItemsJsonString::::" + lrcContent);
-    view->evaluate(setPlayListScriptFromContents(mp3Content, lrcContent));
+    view_.evaluate(setPlayListScriptFromContents(mp3Content, lrcContent));
 }
 
-void PlayList::showWindow(MainWindow& window, const Screens& screens) {
-    if (window.frame().width >= kMainWindowSizedWidth) {  // sized by an earlier showWindow
-        if (std::exchange(pageLost_, false)) restorePage();
-        return;
-    }
-    pageLost_ = false;  // this page gets everything below anyway
-    consoleLine("isVisible == false");
-    MainVC* view = MainVC::shared;
-    if (view != nullptr) view->loaded = true;
-    window.setFrame(centredOnMainScreen(screens));
-    window.setMinimumSize(kMainWindowWidth, kMainWindowHeight);
-    // The window stays unmapped until now, so showing it belongs to its first sizing.
-    window.show();
+void PlayList::startExchange() {
     consoleLine("启动时，清理一次已存储的播放单文件列表中不需要的lrc文件内容，并发送文件列表给UI");
     queue_.post([this] { sendPlayList(); });
-    if (view == nullptr || view->wkWebView == nullptr) return;
-    sendCharsetNames(*view);
-    view->setMode();  // queued; reads the play mode when it runs
+    if (!view_.hasPage()) return;
+    sendCharsetNames();
+    view_.setMode();  // queued; reads the play mode when it runs
 }
 
-void PlayList::pageProcessEnded(const std::string& reason) {
-    consoleLine("Page process ended: " + reason + "; reloading the page");
-    pageLost_ = true;
-}
-
-void PlayList::sendCharsetNames(MainVC& view) {
+void PlayList::sendCharsetNames() {
     const std::string names = nlohmann::json(allCharsetNames()).dump(-1, ' ', false,
                                                                       nlohmann::json::error_handler_t::replace);
     consoleLine("native allSupportedCharsetNamesJsonString::::" + jsStringContent(names));
-    view.evaluate(setAllSupportedCharsetNamesScript(names));
+    view_.evaluate(setAllSupportedCharsetNamesScript(names));
 }
 
-// A reloaded page starts from its defaults: everything the first showing sent, then what playback and
-// the lyrics window have changed since. The position follows with the next clock tick.
+// The position follows with the next clock tick.
 void PlayList::restorePage() {
     queue_.post([this] { sendPlayList(); });
-    MainVC* view = MainVC::shared;
-    if (view == nullptr || view->wkWebView == nullptr) return;
-    sendCharsetNames(*view);
-    view->setMode();
-    view->sendPlaybackAgain(std::string(kSpeeds[kInitialSpeedIdx]));
-    view->setLyricsSwitches(lyricsWindowShown_ && lyricsWindowShown_());
+    if (!view_.hasPage()) return;
+    sendCharsetNames();
+    view_.setMode();
+    view_.sendPlaybackAgain(std::string(kSpeeds[kInitialSpeedIdx]));
+    view_.setLyricsSwitches(lyricsWindowShown_ && lyricsWindowShown_());
 }
 
 }  // namespace tunelark

@@ -1,6 +1,5 @@
 #include "library/PlayListEditor.h"
 
-#include "bridge/MainVC.h"
 #include "library/store/FileNames.h"
 #include "platform/Console.h"
 
@@ -22,27 +21,24 @@ void removeFirstWithMainPath(Store& store, const std::optional<Records<T>>& reco
 
 }  // namespace
 
-PlayListEditor::PlayListEditor(Store& store, MainQueue& queue, PlayList& playList, Engine& engine)
-    : store_(store), queue_(queue), playList_(playList), engine_(engine) {}
+PlayListEditor::PlayListEditor(Store& store, MainQueue& queue, MainVC& view, PlayList& playList, PlayerHolder& engine)
+    : store_(store), queue_(queue), view_(view), page_(view.state()), playList_(playList), engine_(engine) {}
 
 bool PlayListEditor::playerIsPlaying() {
     if (!engine_.created()) return false;
-    AudioPlayer* player = engine_.get().mp3Player();
+    AudioPlayer* player = engine_.player().mp3Player();
     return player && player->isPlaying();
 }
 
 void PlayListEditor::remove(const std::string& filePath) {
     const std::string mainPath = getMainPathFileName(filePath);
-    MainVC* view = MainVC::shared;
-    if (view) {
-        removeFirstWithMainPath(store_, view->storedMp3Entities, mainPath);
-        removeFirstWithMainPath(store_, view->storedLrcEntities, mainPath);
-    }
+    removeFirstWithMainPath(store_, page_.storedMp3Entities, mainPath);
+    removeFirstWithMainPath(store_, page_.storedLrcEntities, mainPath);
     store_.saveChanges();
-    if (view && view->playingFilePath == filePath) {
-        // The view's lists still hold the removed entry, so the next track is found from its place.
+    if (page_.playingFilePath == filePath) {
+        // The page state's lists still hold the removed entry, so the next track is found from its place.
         const bool wasPlaying = playerIsPlaying();
-        PlayerUtil& player = engine_.get();
+        PlayerUtil& player = engine_.player();
         player.playNext();
         if (!wasPlaying) player.pause();
     }
@@ -87,16 +83,14 @@ void PlayListEditor::clear() {
     for (const auto& entry : *lyrics) store_.remove(entry);
     store_.saveChanges();
     if (engine_.created()) {
-        if (AudioPlayer* player = engine_.get().mp3Player()) player->stop();
+        if (AudioPlayer* player = engine_.player().mp3Player()) player->stop();
     }
-    MainVC* view = MainVC::shared;
-    if (!view) return;
-    view->playingFilePath.clear();
-    view->setCurrent("-1");
-    view->setDuration("-1");
-    view->setMainFileName("");
-    view->setIsPlaying(false);
-    view->setPlayingFilePath("");
+    page_.playingFilePath.clear();
+    view_.setCurrent("-1");
+    view_.setDuration("-1");
+    view_.setMainFileName("");
+    view_.setIsPlaying(false);
+    view_.setPlayingFilePath("");
     queue_.post([this] { playList_.sendPlayList(); });
 }
 
@@ -110,7 +104,7 @@ void PlayListEditor::setCharset(const std::string& mainPathFileName, const std::
         }
     }
     store_.saveChanges();
-    engine_.get().loadLyrics();
+    engine_.player().loadLyrics();
 }
 
 }  // namespace tunelark

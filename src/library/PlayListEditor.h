@@ -1,7 +1,8 @@
 #pragma once
-#include "engine/Engine.h"
+#include "engine/PlayerHolder.h"
 #include "library/PlayList.h"
 #include "library/store/Store.h"
+#include "page/MainVC.h"
 #include "platform/MainQueue.h"
 
 #include <string>
@@ -12,7 +13,7 @@ namespace tunelark {
 // move, clear, and the choice of a lyric file's encoding. Main thread only.
 class PlayListEditor {
 public:
-    PlayListEditor(Store& store, MainQueue& queue, PlayList& playList, Engine& engine);
+    PlayListEditor(Store& store, MainQueue& queue, MainVC& view, PlayList& playList, PlayerHolder& engine);
 
     // Removes the audio entry and the lyric entry named by the file path's main path; the current track
     // hands over to the next one by play mode (left paused when it was not playing).
@@ -29,8 +30,10 @@ private:
 
     Store& store_;
     MainQueue& queue_;
+    MainVC& view_;
+    PageState& page_;
     PlayList& playList_;
-    Engine& engine_;
+    PlayerHolder& engine_;
 };
 
 }  // namespace tunelark

@@ -1,23 +1,17 @@
 #include "lyrics_window/LyricsVC.h"
 
-#include "bridge/MainVC.h"
 #include "lyrics_window/LyricsWC.h"
 
 namespace tunelark {
-namespace {
-
-// 1 or 2 while the main view exists; anything else leaves the font alone.
-int displayingRowNum() { return MainVC::shared != nullptr ? MainVC::shared->displayingRowNum : 0; }
-
-}  // namespace
-
-LyricsVC::LyricsVC(DragableTextField& field) : txtLyrics(&field) { shared = this; }
+LyricsVC::LyricsVC(DragableTextField& field, const PageState& page) : txtLyrics(&field), page_(page) {
+    shared = this;
+}
 
 LyricsVC::~LyricsVC() {
     if (shared == this) shared = nullptr;
 }
 
-void LyricsVC::viewDidLoad(Store& store) {
+void LyricsVC::loadStyle(Store& store) {
     LyricsStyle style{oneRowFontSize, twoRowsFontSize, fontColor, keepBackgroundColor};
     loadStoredSettings(store, style);
     oneRowFontSize = style.oneRowFontSize;
@@ -31,7 +25,7 @@ void LyricsVC::viewDidLoad(Store& store) {
 
 void LyricsVC::setLyricText(const std::string& text) {
     if (LyricsWC::shared == nullptr || txtLyrics == nullptr) return;
-    int rows = displayingRowNum();
+    int rows = page_.displayingRowNum;
     if (rows == 2) txtLyrics->setFontSize(twoRowsFontSize);
     if (rows == 1) txtLyrics->setFontSize(oneRowFontSize);
     txtLyrics->setStringValue(text);
@@ -41,7 +35,7 @@ void LyricsVC::setLyricText(const std::string& text) {
 void LyricsVC::tryOneRowFontSize(const Rgb& color, double size) {
     oneRowFontSize = size;
     if (LyricsWC::shared == nullptr || txtLyrics == nullptr) return;
-    if (displayingRowNum() == 1) {
+    if (page_.displayingRowNum == 1) {
         txtLyrics->setFontSize(size);
         txtLyrics->setTextColor(color);
     }
@@ -51,7 +45,7 @@ void LyricsVC::tryOneRowFontSize(const Rgb& color, double size) {
 void LyricsVC::tryTwoRowsFontSize(const Rgb& color, double size) {
     twoRowsFontSize = size;
     if (LyricsWC::shared == nullptr || txtLyrics == nullptr) return;
-    if (displayingRowNum() == 2) {
+    if (page_.displayingRowNum == 2) {
         txtLyrics->setFontSize(size);
         txtLyrics->setTextColor(color);
     }

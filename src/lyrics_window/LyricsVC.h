@@ -2,6 +2,7 @@
 #include "library/store/Settings.h"
 #include "library/store/Store.h"
 #include "lyrics_window/DragableTextField.h"
+#include "page/PageState.h"
 
 #include <string>
 
@@ -15,12 +16,13 @@ public:
     // application does not do before it quits.
     static inline LyricsVC* shared = nullptr;
 
-    explicit LyricsVC(DragableTextField& field);
+    // The row mode is read from the page state at each text and preview.
+    LyricsVC(DragableTextField& field, const PageState& page);
     ~LyricsVC();
     LyricsVC(const LyricsVC&) = delete;
     LyricsVC& operator=(const LyricsVC&) = delete;
 
-    // The display style, from the defaults of the settings table until viewDidLoad reads the store.
+    // The display style, from the defaults of the settings table until loadStyle reads the store.
     double oneRowFontSize = LyricsStyle{}.oneRowFontSize;
     double twoRowsFontSize = LyricsStyle{}.twoRowsFontSize;
     Rgb fontColor = LyricsStyle{}.fontColor;
@@ -29,7 +31,7 @@ public:
 
     // Reads the style from the store once and applies its colour and background. The font stays as it
     // is until the first text.
-    void viewDidLoad(Store& store);
+    void loadStyle(Store& store);
 
     // Called every clock tick, also with an unchanged text: it touches neither store nor settings.
     void setLyricText(const std::string& text);
@@ -39,6 +41,8 @@ public:
 
 private:
     void fitPlaceAndPaint();
+
+    const PageState& page_;
 };
 
 // The playback clock's sink for the lyric text: shows it on the lyrics window when there is one.

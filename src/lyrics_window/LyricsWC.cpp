@@ -25,13 +25,13 @@ void LyricsWC::placeWindow(double width, double height) {
 
 void LyricsWC::showWindow() { window_.show(); }
 
-void LyricsWC::orderOut() { window_.orderOut(); }
+void LyricsWC::hideWindow() { window_.hide(); }
 
 void LyricsWC::windowDidResignKey() { isMoving = false; }
 
 bool LyricsWC::windowShouldClose() {
     // Closing only hides: the controllers, the style and the anchors stay for the next "show".
-    window_.orderOut();
+    window_.hide();
     return true;
 }
 

@@ -30,7 +30,7 @@ public:
     // Sets the window's frame to this size around the anchors; the anchors stay.
     void placeWindow(double width, double height);
     void showWindow();
-    void orderOut();
+    void hideWindow();
 
     void windowDidResignKey() override;
     bool windowShouldClose() override;

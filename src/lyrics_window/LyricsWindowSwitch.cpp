@@ -1,6 +1,5 @@
 #include "lyrics_window/LyricsWindowSwitch.h"
 
-#include "bridge/MainVC.h"
 #include "lyrics_window/DragableTextField.h"
 #include "lyrics_window/LyricsVC.h"
 #include "lyrics_window/LyricsWC.h"
@@ -15,34 +14,33 @@ struct LyricsWindowSwitch::Scene {
     std::unique_ptr<LyricsVC> viewController;
 };
 
-LyricsWindowSwitch::LyricsWindowSwitch(WindowFactory makeWindow, Store& store, std::function<void()> showMainWindow)
-    : makeWindow_(std::move(makeWindow)), store_(store), showMainWindow_(std::move(showMainWindow)) {}
+LyricsWindowSwitch::LyricsWindowSwitch(WindowFactory makeWindow, Store& store, PageState& page,
+                                       std::function<void()> showMainWindow)
+    : makeWindow_(std::move(makeWindow)), store_(store), page_(page), showMainWindow_(std::move(showMainWindow)) {}
 
 LyricsWindowSwitch::~LyricsWindowSwitch() = default;
 
 void LyricsWindowSwitch::turnLyricsOn(const std::string& needOn, const std::string& rowAmoutString) {
     if (needOn == "false") {
-        if (LyricsWC::shared != nullptr) LyricsWC::shared->orderOut();
+        if (LyricsWC::shared != nullptr) LyricsWC::shared->hideWindow();
     } else if (needOn == "true") {
-        if (LyricsWC::shared == nullptr) performShowLyricsWindowSegue();
+        if (LyricsWC::shared == nullptr) makeLyricsWindow();
         if (LyricsWC::shared != nullptr) LyricsWC::shared->showWindow();
     }
-    turnOneRowOrTow(rowAmoutString);
+    setRowMode(rowAmoutString);
 }
 
-void LyricsWindowSwitch::turnOneRowOrTow(const std::string& rowAmoutString) {
-    if (MainVC::shared == nullptr) return;
-    if (rowAmoutString == "oneRow") MainVC::shared->displayingRowNum = 1;
-    if (rowAmoutString == "towRows") MainVC::shared->displayingRowNum = 2;
+void LyricsWindowSwitch::setRowMode(const std::string& rowAmoutString) {
+    if (rowAmoutString == "oneRow") page_.displayingRowNum = 1;
+    if (rowAmoutString == "towRows") page_.displayingRowNum = 2;
 }
 
 bool LyricsWindowSwitch::isShown() const {
     return LyricsWC::shared != nullptr && LyricsWC::shared->window().isVisible();
 }
 
-void LyricsWindowSwitch::performShowLyricsWindowSegue() {
-    // The main view performs the segue; without it nothing is made.
-    if (MainVC::shared == nullptr || !makeWindow_) return;
+void LyricsWindowSwitch::makeLyricsWindow() {
+    if (!makeWindow_) return;
     auto window = makeWindow_();
     if (!window) return;
     auto scene = std::make_unique<Scene>();
@@ -53,8 +51,8 @@ void LyricsWindowSwitch::performShowLyricsWindowSegue() {
         [] { return LyricsVC::shared != nullptr && !LyricsVC::shared->keepBackgroundColor; },
     };
     scene->txtLyrics = std::make_unique<DragableTextField>(*scene->window, std::move(hooks));
-    scene->viewController = std::make_unique<LyricsVC>(*scene->txtLyrics);
-    scene->viewController->viewDidLoad(store_);
+    scene->viewController = std::make_unique<LyricsVC>(*scene->txtLyrics, page_);
+    scene->viewController->loadStyle(store_);
     scene_ = std::move(scene);
 }
 

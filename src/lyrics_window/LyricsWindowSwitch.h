@@ -1,5 +1,6 @@
 #pragma once
 #include "library/store/Store.h"
+#include "page/PageState.h"
 #include "platform/LyricsWindow.h"
 
 #include <functional>
@@ -14,25 +15,26 @@ class LyricsWindowSwitch {
 public:
     using WindowFactory = std::function<std::unique_ptr<LyricsWindow>()>;
 
-    LyricsWindowSwitch(WindowFactory makeWindow, Store& store, std::function<void()> showMainWindow);
+    LyricsWindowSwitch(WindowFactory makeWindow, Store& store, PageState& page, std::function<void()> showMainWindow);
     ~LyricsWindowSwitch();
     LyricsWindowSwitch(const LyricsWindowSwitch&) = delete;
     LyricsWindowSwitch& operator=(const LyricsWindowSwitch&) = delete;
 
     // needOn "true" shows (making the window the first time), "false" hides, anything else neither;
-    // then the row mode as turnOneRowOrTow. Values are exact texts, case included.
+    // then the row mode as setRowMode. Values are exact texts, case included.
     void turnLyricsOn(const std::string& needOn, const std::string& rowAmoutString);
     // "oneRow" is one row, "towRows" two; anything else leaves the row mode.
-    void turnOneRowOrTow(const std::string& rowAmoutString);
+    void setRowMode(const std::string& rowAmoutString);
     // Whether the lyrics window is on screen: what the page's switch shows.
     bool isShown() const;
 
 private:
     struct Scene;
-    void performShowLyricsWindowSegue();
+    void makeLyricsWindow();
 
     WindowFactory makeWindow_;
     Store& store_;
+    PageState& page_;
     std::function<void()> showMainWindow_;
     std::unique_ptr<Scene> scene_;
 };

@@ -1,14 +1,46 @@
 #include "main_window/MainWC.h"
 
-#include "bridge/MainWindowFrame.h"
+#include "main_window/MainWindowFrame.h"
+#include "platform/Console.h"
 
 #include <utility>
 
 namespace tunelark {
 
-MainWC::MainWC(MainWindow& window, const Screens& screens, ExitProcess exitProcess)
-    : window_(window), screens_(screens), exitProcess_(std::move(exitProcess)) {
+namespace {
+
+Rect centredOnMainScreen(const Screens& screens) {
+    const auto all = screens.all();
+    if (all.empty()) return Rect{0, 0, kMainWindowWidth, kMainWindowHeight};
+    return normalFrameCentredIn(all.front().frame);
+}
+
+}  // namespace
+
+MainWC::MainWC(MainWindow& window, const Screens& screens, PageState& page, PlayList& playList,
+               ExitProcess exitProcess)
+    : window_(window), screens_(screens), page_(page), playList_(playList), exitProcess_(std::move(exitProcess)) {
     shared = this;
+}
+
+void MainWC::showWindowForPage() {
+    if (window_.frame().width >= kMainWindowSizedWidth) {  // sized by an earlier showWindow
+        if (std::exchange(pageLost_, false)) playList_.restorePage();
+        return;
+    }
+    pageLost_ = false;  // this page gets everything anyway
+    consoleLine("isVisible == false");
+    page_.loaded = true;
+    window_.setFrame(centredOnMainScreen(screens_));
+    window_.setMinimumSize(kMainWindowWidth, kMainWindowHeight);
+    // The window stays unmapped until now, so showing it belongs to its first sizing.
+    window_.show();
+    playList_.startExchange();
+}
+
+void MainWC::pageProcessEnded(const std::string& reason) {
+    consoleLine("Page process ended: " + reason + "; reloading the page");
+    pageLost_ = true;
 }
 
 void MainWC::windowShouldClose() {

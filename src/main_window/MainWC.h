@@ -1,11 +1,15 @@
 #pragma once
+#include "library/PlayList.h"
+#include "page/PageState.h"
 #include "platform/MainWindow.h"
 
 #include <functional>
+#include <string>
 
 namespace tunelark {
 
-// The main window controller: closing, showing, dragging and the maximise/restore toggle.
+// The main window controller: its first showing for the page, closing, showing, dragging and the
+// maximise/restore toggle.
 // Main thread only.
 class MainWC {
 public:
@@ -18,7 +22,7 @@ public:
     // Used as the maximise target when the pointer is on no screen.
     static constexpr Rect kFallbackTarget{0, 0, 1024, 768};
 
-    MainWC(MainWindow& window, const Screens& screens, ExitProcess exitProcess);
+    MainWC(MainWindow& window, const Screens& screens, PageState& page, PlayList& playList, ExitProcess exitProcess);
     MainWC(const MainWC&) = delete;
     MainWC& operator=(const MainWC&) = delete;
 
@@ -27,6 +31,13 @@ public:
     // The user closes the main window: it leaves the screen and the process ends with status 0. The
     // usual quit sequence (save, quit dialog) does not run.
     void windowShouldClose();
+    // The page is ready: the first time (the window still unsized), places the window at 1200 by 600 on
+    // the main screen, shows it and starts the exchange with the page. Later calls do nothing, except the
+    // first one after pageProcessEnded: that page is a reloaded one and gets the native state again (the
+    // window stays as it is).
+    void showWindowForPage();
+    // The page's process ended and the web view reloads the page; its next showWindow restores it.
+    void pageProcessEnded(const std::string& reason);
     // Brings the main window forward; before the page has asked for its first showing the window has
     // no size yet, so it stays hidden.
     void showWindow();
@@ -47,7 +58,10 @@ public:
 private:
     MainWindow& window_;
     const Screens& screens_;
+    PageState& page_;
+    PlayList& playList_;
     ExitProcess exitProcess_;
+    bool pageLost_ = false;
 };
 
 }  // namespace tunelark

@@ -62,7 +62,7 @@ public:
     // Visible, focused and in front.
     virtual void show() = 0;
     // Out of sight; the window and its state stay.
-    virtual void orderOut() = 0;
+    virtual void hide() = 0;
     virtual bool isVisible() const = 0;
 
     virtual void setText(const std::string& text) = 0;

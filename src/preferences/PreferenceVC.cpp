@@ -39,7 +39,7 @@ PreferenceVC::~PreferenceVC() {
     if (shared == this) shared = nullptr;
 }
 
-void PreferenceVC::viewDidLoad() {
+void PreferenceVC::loadSettings() {
     LyricsStyle style{currentOneRowFontSize, currentTwoRowsFontSize, currentFontColor, currentKeepBackgroundColor};
     loadStoredSettings(store_, style);
     currentOneRowFontSize = tryingOneRowFontSize = style.oneRowFontSize;

@@ -37,7 +37,7 @@ public:
     bool tryingKeepBackgroundColor = LyricsStyle{}.keepBackgroundColor;
 
     // Reads the stored values into current and trying, fills the controls, starts the poll.
-    void viewDidLoad();
+    void loadSettings();
     // Takes what the user typed or picked since the last poll; previews only what changed.
     void pollEditedValues();
     // Puts the trying values and the lyrics window back to the current values.

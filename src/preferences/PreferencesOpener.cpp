@@ -36,7 +36,7 @@ void PreferencesOpener::open() {
     scene->windowController->windowDidLoad();
     scene->viewController = std::make_unique<PreferenceVC>(*scene->window, store_, queue_);
     scene->window->setActions(scene->viewController.get());
-    scene->viewController->viewDidLoad();
+    scene->viewController->loadSettings();
     scene_ = std::move(scene);
     scene_->windowController->showWindow();
 }

@@ -1,6 +1,6 @@
 // The engine and the player on the real GStreamer player, default-sink watch and GLib main loop; only the
 // page and the dialogs are recorded. Runs inside tests/support/with-session.sh.
-#include "engine/Engine.h"
+#include "engine/PlayerHolder.h"
 #include "engine/EngineFixture.h"
 #include "engine/OutputDeviceWatch.h"
 #include "library/AddFiles.h"
@@ -67,7 +67,7 @@ protected:
     // Adds the files to the play list as the user does.
     void add(const std::vector<std::string>& paths) {
         AddFiles(store, dialogs, queue, [] {}).addPaths(paths);
-        PlayList(store, queue).loadPlayList();
+        PlayList(store, queue, view).loadPlayList();
     }
     // Opens a file of the test folder; opening must never keep the main thread waiting long.
     std::unique_ptr<AudioPlayer> openBounded(const std::string& name) {
@@ -85,8 +85,9 @@ protected:
     FakeDialogs dialogs;
     GstAudioPlayerFactory players;
     PulseOutputDevice device;
-    MainVC view{queue, &page};
-    Engine engine{PlayerDeps{queue, store, dialogs, players, device}};
+    PageState pageState;
+    MainVC view{queue, &page, pageState};
+    PlayerHolder engine{PlayerDeps{queue, view, store, dialogs, players, device}};
 };
 
 // A named pipe once hung the main thread in open(): no such file may keep the player waiting.
@@ -160,7 +161,7 @@ TEST_F(PlaybackIntegrationTest, TheRateChangesThePaceButNotThePitch) {
 TEST_F(PlaybackIntegrationTest, TheEndOfATrackMovesToTheNextByMode) {
     add({tone("first.mp3", 1.2, 440), tone("second.mp3", 1.2, 660)});
     const std::string first = fileUrlFromPath(dir.file("first.mp3")), second = fileUrlFromPath(dir.file("second.mp3"));
-    engine.get().playItem(first);
+    engine.player().playItem(first);
     ASSERT_TRUE(runUntil([&] { return count(playingPath(second)) > 0; }, 6s)) << "no move to the second track";
     EXPECT_EQ(count(durationText("00:01")), 2);
     page.scripts.clear();
@@ -173,8 +174,8 @@ TEST_F(PlaybackIntegrationTest, TheEndOfATrackMovesToTheNextByMode) {
 TEST_F(PlaybackIntegrationTest, AStreamEndedByTheServerWhilePlayingIsReportedNotPlayable) {
     add({tone("cut.mp3", 8, 440), tone("after.mp3", 1, 660)});
     const std::string cut = fileUrlFromPath(dir.file("cut.mp3"));
-    engine.get().playItem(cut);
-    ASSERT_TRUE(runUntil([&] { return count(isPlaying(true)) && engine.get().mp3Player()->isPlaying(); }, 5s));
+    engine.player().playItem(cut);
+    ASSERT_TRUE(runUntil([&] { return count(isPlaying(true)) && engine.player().mp3Player()->isPlaying(); }, 5s));
     const auto streams = [] { return shell("pactl list short sink-inputs | grep -q ."); };
     ASSERT_TRUE(runUntil(streams, 3s)) << "no stream on the sound server";
     page.scripts.clear();
@@ -185,8 +186,8 @@ TEST_F(PlaybackIntegrationTest, AStreamEndedByTheServerWhilePlayingIsReportedNot
         EXPECT_GE(count(call), 1) << call;
     }
     EXPECT_EQ(count(playingPath(fileUrlFromPath(dir.file("after.mp3")))), 0);
-    EXPECT_EQ(engine.get().mp3Player(), nullptr);
-    EXPECT_EQ(view.playingFilePath, cut);
+    EXPECT_EQ(engine.player().mp3Player(), nullptr);
+    EXPECT_EQ(pageState.playingFilePath, cut);
     EXPECT_TRUE(dialogs.alerts.empty());
 }
 
@@ -196,18 +197,18 @@ TEST_F(PlaybackIntegrationTest, ChangingTheDefaultSinkPausesOnceAndSwitchingBack
     ASSERT_TRUE(runUntil([&] { return device.defaultOutputDevice() != 0; }, 3s));
     OutputDeviceWatch watch{engine, device};
     watch.start(queue);
-    engine.get().playItem(fileUrlFromPath(dir.file("long.mp3")));
+    engine.player().playItem(fileUrlFromPath(dir.file("long.mp3")));
     // The page calls are queued; under load the pipeline may reach its playing state a while after them.
-    ASSERT_TRUE(runUntil([&] { return count(isPlaying(true)) && engine.get().mp3Player()->isPlaying(); }, 5s));
+    ASSERT_TRUE(runUntil([&] { return count(isPlaying(true)) && engine.player().mp3Player()->isPlaying(); }, 5s));
     page.scripts.clear();
     ASSERT_TRUE(shell("pactl set-default-sink tl_sink_b"));
     ASSERT_TRUE(runUntil([&] { return count(isPlaying(false)) > 0; }, 3s)) << "no pause";
     runUntil([] { return false; }, 500ms);
     EXPECT_EQ(count(isPlaying(false)), 1);
-    EXPECT_FALSE(engine.get().mp3Player()->isPlaying());
+    EXPECT_FALSE(engine.player().mp3Player()->isPlaying());
     ASSERT_TRUE(shell("pactl set-default-sink tl_sink_a"));
     ASSERT_TRUE(runUntil([&] { return count(isPlaying(true)) > 0; }, 3s)) << "no resume";
-    EXPECT_TRUE(engine.get().mp3Player()->isPlaying());
+    EXPECT_TRUE(engine.player().mp3Player()->isPlaying());
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 // and "saved DIGEST", DIGEST covering every stored attribute and the order of the list, so that a test
 // that kills it at any moment knows the states the store may be in. tl-store-churn --digest STORE prints
 // the digest of a store.
-#include "bridge/MainVC.h"
-#include "engine/Engine.h"
+#include "page/MainVC.h"
+#include "engine/PlayerHolder.h"
 #include "fakes/FakeAudioPlayer.h"
 #include "fakes/FakeDialogs.h"
 #include "fakes/FakeMainQueue.h"
@@ -90,10 +90,11 @@ int main(int argc, char** argv) {
     test::FakeAudioPlayerFactory players;
     test::FakeOutputDevice device;
     Store store(args[0], queue);
-    MainVC view(queue, &page);
-    PlayList playList(store, queue);
-    Engine engine(PlayerDeps{queue, store, dialogs, players, device});
-    PlayListEditor editor(store, queue, playList, engine);
+    PageState pageState;
+    MainVC view(queue, &page, pageState);
+    PlayList playList(store, queue, view);
+    PlayerHolder engine(PlayerDeps{queue, view, store, dialogs, players, device});
+    PlayListEditor editor(store, queue, view, playList, engine);
     AddFiles adding(store, dialogs, queue, [] {});  // the page is not watched here
     // Runs one operation and its queued save, printing the state before and after.
     const auto saved = [&](const char* what, const auto& operation) {

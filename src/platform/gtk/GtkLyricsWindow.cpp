@@ -139,7 +139,7 @@ void GtkLyricsWindow::show() {
     gtk_window_present(GTK_WINDOW(window_));
 }
 
-void GtkLyricsWindow::orderOut() {
+void GtkLyricsWindow::hide() {
     pressed_ = false;
     hover_->reset();
     pointerInBox_ = false;
@@ -308,7 +308,7 @@ gboolean GtkLyricsWindow::onFocusOut(GtkWidget*, GdkEventFocus*, gpointer data) 
 gboolean GtkLyricsWindow::onDelete(GtkWidget*, GdkEvent*, gpointer data) noexcept {
     auto* self = static_cast<GtkLyricsWindow*>(data);
     return guardedCall("lyrics window close", gboolean(TRUE), [&]() -> gboolean {
-        if (self->delegate_ != nullptr && self->delegate_->windowShouldClose()) self->orderOut();
+        if (self->delegate_ != nullptr && self->delegate_->windowShouldClose()) self->hide();
         // Never destroyed: the controllers keep this window until the application quits.
         return TRUE;
     });

@@ -29,7 +29,7 @@ public:
     Rect frame() const override { return frame_; }
     void setFrame(const Rect& frame) override;
     void show() override;
-    void orderOut() override;
+    void hide() override;
     bool isVisible() const override;
 
     void setText(const std::string& text) override;

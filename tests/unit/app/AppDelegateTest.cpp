@@ -13,7 +13,7 @@ using Reply = AppDelegate::TerminateReply;
 using AppDelegateTest = EngineFixture;
 
 TEST_F(AppDelegateTest, AFailedSaveIsPresentedAndKeepsTheChangesAndAtQuitOnlyCancelKeepsTheProgram) {
-    Engine engine{PlayerDeps{queue, store, dialogs, players, device}};
+    PlayerHolder engine{deps()};
     OutputDeviceWatch watch{engine, device};
     PreferencesOpener preferences{[] { return std::make_unique<FakePreferencesWindow>(); }, store, queue};
     AppDelegate delegate{AppDelegate::Deps{store, dialogs, queue, watch, preferences,

@@ -1,7 +1,7 @@
 #include "desktop/CommandLine.h"
 #include "desktop/DesktopFiles.h"
 
-#include "bridge/MainVC.h"
+#include "page/MainVC.h"
 #include "fakes/FakeDialogs.h"
 #include "fakes/FakeMainQueue.h"
 #include "fakes/FakePageView.h"
@@ -32,12 +32,13 @@ protected:
     test::FakePageView page;
     test::FakeDialogs dialogs;
     Store store{dir.file("Tunelark.sqlite"), queue};
-    MainVC view{queue, &page};
-    PlayList playList{store, queue};
+    PageState pageState;
+    MainVC view{queue, &page, pageState};
+    PlayList playList{store, queue, view};
     AddFiles addFiles{store, dialogs, queue, [this] { playList.sendPlayList(); }};
     BridgeOperations operations;
     Texts played;
-    std::unique_ptr<DesktopFiles> files = std::make_unique<DesktopFiles>(queue, addFiles, operations);
+    std::unique_ptr<DesktopFiles> files = std::make_unique<DesktopFiles>(queue, pageState, addFiles, operations);
 };
 
 TEST_F(DesktopFilesTest, FilesWaitForThePageThenAreAddedAndTheFirstAudioGivenPlays) {
@@ -45,7 +46,7 @@ TEST_F(DesktopFilesTest, FilesWaitForThePageThenAreAddedAndTheFirstAudioGivenPla
     queue.advance(DesktopFiles::kReadyPoll * 3);
     EXPECT_EQ(files->waiting(), 1u);
     EXPECT_EQ(storedSongs(), 0u) << "nothing is added before the page has shown the window";
-    view.loaded = true;
+    pageState.loaded = true;
     queue.advance(DesktopFiles::kReadyPoll);
     EXPECT_EQ(files->waiting(), 0u);
     EXPECT_EQ(storedSongs(), 2u);
@@ -59,7 +60,7 @@ TEST_F(DesktopFilesTest, FilesWaitForThePageThenAreAddedAndTheFirstAudioGivenPla
 }
 
 TEST_F(DesktopFilesTest, OnlyAFileThatMadeItIntoThePlayListPlaysAndNothingRunsAfterTheOwnerIsGone) {
-    view.loaded = true;
+    pageState.loaded = true;
     files->open({});
     files->open({dir.file("missing.mp3"), dir.file("notes.txt")});
     queue.drain();

@@ -19,15 +19,15 @@ const std::string kInvalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";
 class MediaPlayer2Test : public EngineFixture {
 protected:
     MediaPlayer2Test() {
-        ops.changeMode = [this] { engine.get().changeMode(); };
-        ops.playNext = [this] { engine.get().playNext(); };
-        ops.setCurrentPercent = [this](double percent) { engine.clock().seekPercent(percent); };
-        ops.speedUp = [this] { engine.clock().speedUp(); };
-        ops.speedDown = [this] { engine.clock().speedDown(); };
+        ops.changeMode = [this] { engine.player().changeMode(); };
+        ops.playNext = [this] { engine.player().playNext(); };
+        ops.setCurrentPercent = [this](double percent) { engine.player().seekPercent(percent); };
+        ops.speedUp = [this] { engine.player().speedUp(); };
+        ops.speedDown = [this] { engine.player().speedDown(); };
         observed.setListener({[this] { mpris.positionSet(); }, [this] { mpris.transportChanged(); }});
         addSong("a.mp3");
         addSong("b.mp3");
-        engine.get().playItem(url("a.mp3"));
+        engine.player().playItem(url("a.mp3"));
         sent();
         mpris.setSignals(&bus);
     }
@@ -40,10 +40,10 @@ protected:
     }
 
     ObservedAudioPlayerFactory observed{players};
-    Engine engine{PlayerDeps{queue, store, dialogs, observed, device}};
+    PlayerHolder engine{PlayerDeps{queue, *view, store, dialogs, observed, device}};
     BridgeOperations ops;
     FakeBusSignals bus;
-    MediaPlayer2 mpris{MediaPlayer2::Deps{queue, engine, ops, [](auto) {}, [] {}, [] {}}};
+    MediaPlayer2 mpris{MediaPlayer2::Deps{queue, engine, pageState, ops, [](auto) {}, [] {}, [] {}}};
 };
 
 TEST_F(MediaPlayer2Test, PlayModesReadAndSetAsLoopStatusAndShuffleThroughThePageModeChange) {
@@ -58,7 +58,7 @@ TEST_F(MediaPlayer2Test, PlayModesReadAndSetAsLoopStatusAndShuffleThroughThePage
                           Case{"random", "LoopStatus", "Playlist", "random"},
                           Case{"cycle", "LoopStatus", "Track", "cycle", "org.freedesktop.DBus.Error.NotSupported"},
                           Case{"cycle", "LoopStatus", "playlist", "cycle", kInvalidArgs}}) {
-        view->playMode = c.from;
+        pageState.playMode = *playModeNamed(c.from);
         sent();
         EXPECT_EQ(set(c.property, c.value), c.error) << c.from << " " << c.property;
         std::vector<std::string> scripts = sent();
@@ -96,7 +96,7 @@ TEST_F(MediaPlayer2Test, ChangesAreAnnouncedWithOnlyWhatChanged) {
     players.last()->advance(5);
     queue.advance(MediaPlayer2::kRefreshInterval * 3);
     EXPECT_TRUE(bus.changes.empty()) << "the position moving is no change";
-    engine.get().changeMode();  // the page's mode button
+    engine.player().changeMode();  // the page's mode button
     queue.advance(MediaPlayer2::kRefreshInterval);
     ASSERT_EQ(bus.changes.size(), 1u);
     EXPECT_EQ(bus.changes[0].values, (BusProperties{{"Shuffle", true}}));

@@ -1,5 +1,5 @@
 #pragma once
-#include "bridge/MainVC.h"
+#include "page/MainVC.h"
 #include "engine/PlayerUtil.h"
 #include "fakes/FakeAudioPlayer.h"
 #include "fakes/FakeDialogs.h"
@@ -28,12 +28,12 @@ class EngineFixture : public ::testing::Test {
 protected:
     EngineFixture() {
         seams.setLyricText = [this](const std::string& text) { lyricTexts.push_back(text); };
-        view->storedMp3Entities.emplace();
-        view->storedLrcEntities.emplace();
+        pageState.storedMp3Entities.emplace();
+        pageState.storedLrcEntities.emplace();
         device.id = 0xA;
     }
     PlayerDeps deps() {
-        return {queue, store, dialogs, players, device, [] { return std::string("en-US"); },
+        return {queue, *view, store, dialogs, players, device, [] { return std::string("en-US"); },
                 [this] { return nextRandom; }};
     }
     std::string url(const std::string& fileName) const { return fileUrlFromPath(dir.file(fileName)); }
@@ -51,14 +51,14 @@ protected:
         return entry;
     }
     std::shared_ptr<Mp3Entity> addSong(const std::string& fileName) {
-        auto entry = add(store.insertMp3Entity(), view->storedMp3Entities, fileName, "audio");
-        entry->no = std::int16_t(view->storedMp3Entities->size());
+        auto entry = add(store.insertMp3Entity(), pageState.storedMp3Entities, fileName, "audio");
+        entry->no = std::int16_t(pageState.storedMp3Entities->size());
         store.saveNow();
         return entry;
     }
     std::shared_ptr<LrcEntity> addLyrics(const std::string& fileName, const std::string& text,
                                          std::optional<std::string> charset = {}) {
-        auto entry = add(store.insertLrcEntity(), view->storedLrcEntities, fileName, text);
+        auto entry = add(store.insertLrcEntity(), pageState.storedLrcEntities, fileName, text);
         entry->charset = std::move(charset);
         store.saveNow();
         return entry;
@@ -79,7 +79,8 @@ protected:
     EngineSeams seams;
     std::vector<std::string> lyricTexts;
     std::uint32_t nextRandom = 0;
-    std::unique_ptr<MainVC> view = std::make_unique<MainVC>(queue, &page);
+    PageState pageState;
+    std::unique_ptr<MainVC> view = std::make_unique<MainVC>(queue, &page, pageState);
 };
 
 }  // namespace tunelark::test

@@ -1,8 +1,8 @@
 #include "EngineFixture.h"
-#include "engine/Engine.h"
+#include "engine/PlayerHolder.h"
 #include "engine/OutputDeviceWatch.h"
 #include "engine/PlaybackClock.h"
-#include "engine/PlaybackTexts.h"
+#include "engine/TimeText.h"
 
 #include <gmock/gmock.h>
 #include <sys/stat.h>
@@ -71,7 +71,7 @@ TEST_P(StepByModeTest, PlaysTheItemOfTheMode) {
     const std::string names[] = {"a.mp3", "b.mp3", "c.mp3"};
     for (const auto& name : names) addSong(name);
     if (c.from >= 0) player.playItem(url(names[c.from]));
-    view->playMode = c.mode;
+    pageState.playMode = *playModeNamed(c.mode);
     nextRandom = 7;  // 7 % 3 == 1
     sent();
     const auto opened = players.openedPaths.size();
@@ -86,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(Modes, StepByModeTest,
                                 Step{"cycle", -1, 2, false}, Step{"sequence", 2, -1, true},
                                 Step{"sequence", -1, -1, true}, Step{"sequence", 0, 0, false},
                                 Step{"sequence", -1, 2, false}, Step{"random", 1, 1, false},
-                                Step{"shuffle", 0, -1, true}),
+                                Step{"sequence", 0, 1, true}),
                          [](const TestParamInfo<Step>& info) {
                              const Step& s = info.param;
                              auto item = [](int i) { return i < 0 ? std::string("none") : std::to_string(i); };
@@ -101,11 +101,11 @@ TEST_F(EngineTest, TheEndOfATrackStepsByModeOnceAndALateEndOfAReplacedTrackIsDro
     player.playItem(url("b.mp3"));
     auto lateEnd = players.last()->onEnd;
     players.last()->finish();
-    EXPECT_EQ(view->playingFilePath, url("a.mp3")) << "cycle wraps";
+    EXPECT_EQ(pageState.playingFilePath, url("a.mp3")) << "cycle wraps";
     sent();
     lateEnd();
     EXPECT_THAT(sent(), IsEmpty());
-    view->playMode = "sequence";
+    pageState.playMode = PlayMode::sequence;
     player.playItem(url("b.mp3"));
     sent();
     auto track = players.last();
@@ -135,8 +135,8 @@ TEST_F(EngineTest, AnErrorMidTrackDropsThePlayerKeepsTheItemAndReportsItNotPlaya
     EXPECT_THAT(sent(), ElementsAre(current("-1"), durationText("-1"), playingPath(url("b.live.mp3")),
                                     isPlaying(false), slider(0), mainFileName("b.live")));
     EXPECT_THAT(console, StartsWith("Playback stopped: Internal data stream error.\n"));
-    EXPECT_TRUE(track->destroyed && !player.mp3Player() && !view->isPlaying);
-    EXPECT_EQ(view->playingFilePath, url("b.live.mp3"));
+    EXPECT_TRUE(track->destroyed && !player.mp3Player() && !pageState.isPlaying);
+    EXPECT_EQ(pageState.playingFilePath, url("b.live.mp3"));
     EXPECT_EQ(players.openedPaths.size(), 2u) << "no skip to the next item";
     EXPECT_TRUE(dialogs.alerts.empty());
     track->finish();
@@ -145,7 +145,7 @@ TEST_F(EngineTest, AnErrorMidTrackDropsThePlayerKeepsTheItemAndReportsItNotPlaya
 
     // The item left the play list while it played: its name comes from its path.
     player.playItem(url("a.mp3"));
-    view->storedMp3Entities->clear();
+    pageState.storedMp3Entities->clear();
     sent();
     players.last()->fail("Could not read from resource.");
     EXPECT_THAT(sent(), ElementsAre(current("-1"), durationText("-1"), playingPath(url("a.mp3")), isPlaying(false),
@@ -153,11 +153,11 @@ TEST_F(EngineTest, AnErrorMidTrackDropsThePlayerKeepsTheItemAndReportsItNotPlaya
 }
 
 TEST_F(EngineTest, TheDeviceWatchPausesOnceWhenTheDeviceChangesAndResumesOnlyOnItsReturn) {
-    Engine engine{deps()};
+    PlayerHolder engine{deps()};
     OutputDeviceWatch watch{engine, device};
     watch.start(queue);
     addSong("a.mp3");
-    engine.get().playItem(url("a.mp3"));
+    engine.player().playItem(url("a.mp3"));
     auto watchFor = [&](unsigned int id) {  // what the watch sends in 0.35 s, without the clock's ticks
         sent();
         device.id = id;
@@ -172,13 +172,13 @@ TEST_F(EngineTest, TheDeviceWatchPausesOnceWhenTheDeviceChangesAndResumesOnlyOnI
 }
 
 TEST_F(EngineTest, LyricAlertsNameTheFileAndTheStoredCharsetAndTheWindowIsCleared) {
-    view->playingFilePath = url("a.mp3");
+    pageState.playingFilePath = url("a.mp3");
     auto stale = addLyrics("a.lrc", "[00:01.00]still readable\n");
     std::filesystem::rename(dir.file("a.lrc"), dir.file("renamed.lrc"));
     player.loadLyrics();
     queue.drain();
     EXPECT_TRUE(player.timeline().empty() && stale->canNotUseNow && !store.hasChanges());
-    view->storedLrcEntities->clear();
+    pageState.storedLrcEntities->clear();
     lyricTexts.clear();
     addLyrics("a.lrc", "[00:01.00]\xff\xfe broken\n", "GB18030");
     player.loadLyrics();
@@ -188,7 +188,7 @@ TEST_F(EngineTest, LyricAlertsNameTheFileAndTheStoredCharsetAndTheWindowIsCleare
                                             "Can not open lrc file:a.lrc in charset:GB18030 (" + url("a.lrc") + ")"));
 
     // Opening a named pipe for reading used to block the main thread forever.
-    view->storedLrcEntities->at(0)->charset.reset();
+    pageState.storedLrcEntities->at(0)->charset.reset();
     std::filesystem::remove(dir.file("a.lrc"));
     ASSERT_EQ(mkfifo(dir.file("a.lrc").c_str(), 0644), 0);
     player.loadLyrics();
@@ -215,7 +215,7 @@ TEST_F(EngineTest, TicksSendTheTimeTheSliderWhenItCanAndTheLinesOfTheRowMode) {
 
     lyricTexts.clear();
     for (auto [rows, position] : {std::pair{2, 5.0}, {2, 35.0}, {3, 25.0}}) {
-        view->displayingRowNum = rows;
+        pageState.displayingRowNum = rows;
         track->position = position;
         clock.tick();
     }
@@ -225,7 +225,7 @@ TEST_F(EngineTest, TicksSendTheTimeTheSliderWhenItCanAndTheLinesOfTheRowMode) {
 
 TEST_F(EngineTest, SpeedStopsAtBothEndsResumesOnlyAPlayingTrackAndCarriesToTheNext) {
     auto track = start();
-    for (int i = 0; i < 5; ++i) clock.speedUp();
+    for (int i = 0; i < 5; ++i) player.speedUp();
     auto scripts = sent();
     EXPECT_EQ(std::count(scripts.begin(), scripts.end(), isPlaying(true)), 4) << "one per step taken";
     std::erase_if(scripts, [](auto& s) { return s.rfind("setSpeed", 0) != 0; });
@@ -234,7 +234,7 @@ TEST_F(EngineTest, SpeedStopsAtBothEndsResumesOnlyAPlayingTrackAndCarriesToTheNe
     EXPECT_FLOAT_EQ(track->rate, 2.0f);
     player.pause();
     track->calls.clear();
-    for (int i = 0; i < 8; ++i) clock.speedDown();
+    for (int i = 0; i < 8; ++i) player.speedDown();
     EXPECT_EQ(sent().back(), speedText("0.25"));
     EXPECT_EQ(track->calls, std::vector<std::string>(7, "setRate")) << "a paused track only takes the rate";
     addSong("next.mp3");
@@ -242,20 +242,20 @@ TEST_F(EngineTest, SpeedStopsAtBothEndsResumesOnlyAPlayingTrackAndCarriesToTheNe
     EXPECT_FLOAT_EQ(players.last()->rate, 0.25f);
 }
 
-TEST_F(EngineTest, SeekTakesOnlyAWholeDecimalNumberAndResumesAPausedTrack) {
-    clock.seek("5000");
+TEST_F(EngineTest, SeekResumesAPausedTrackAndIgnoresNumbersAndDurationsItCannotUse) {
+    player.seekPercent(5000);
     EXPECT_THAT(sent(), IsEmpty()) << "no track";
     auto track = start();
     player.pause();
-    clock.seek("5000");
+    player.seekPercent(5000);
     EXPECT_TRUE(track->playing && track->position == 100) << "a seek resumes a paused track";
-    clock.seek("2500.5");
+    player.seekPercent(2500.5);
     EXPECT_NEAR(track->position, 50.01, 1e-9);
-    clock.seek("1e3");
+    player.seekPercent(1e3);
     sent();
-    for (const char* text : {"", "abc", "50x", " 5000", "nan", "inf"}) clock.seek(text);
+    for (double percent : {std::nan(""), HUGE_VAL, -HUGE_VAL}) player.seekPercent(percent);
     track->duration = 0;
-    clock.seek("5000");
+    player.seekPercent(5000);
     EXPECT_EQ(track->position, 20);
     EXPECT_THAT(sent(), IsEmpty());
 }

@@ -21,10 +21,10 @@ class HostileLyricsTest : public EngineFixture {
 protected:
     // Loads the bytes as the playing track's lyric file; the alerts it gave.
     std::vector<std::string> load(const std::string& bytes, const std::string& charset = "utf8") {
-        view->storedLrcEntities->clear();
+        pageState.storedLrcEntities->clear();
         dialogs.alerts.clear();
         addLyrics(charset + ".lrc", bytes, charset);
-        view->playingFilePath = url(charset + ".mp3");
+        pageState.playingFilePath = url(charset + ".mp3");
         player.timeline().parse("[00:01]from before\n");
         player.loadLyrics();
         queue.drain();

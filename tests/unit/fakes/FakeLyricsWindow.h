@@ -16,7 +16,7 @@ public:
     Rect frame() const override { return currentFrame; }
     void setFrame(const Rect& frame) override { currentFrame = frame; }
     void show() override { visible = true; }
-    void orderOut() override { visible = false; }
+    void hide() override { visible = false; }
     bool isVisible() const override { return visible; }
     void setText(const std::string& value) override { text = value; }
     void setFontSize(double points) override { fontSize = points; }

@@ -1,5 +1,5 @@
-#include "bridge/JsCallReader.h"
-#include "engine/Engine.h"
+#include "page/JsCallReader.h"
+#include "engine/PlayerHolder.h"
 #include "engine/EngineFixture.h"
 #include "engine/lyrics/CharsetEnum.h"
 #include "fakes/FakeMainWindow.h"
@@ -29,9 +29,9 @@ protected:
         return nullptr;
     }
     int sends = 0;
-    Engine engine{deps()};
-    PlayList playList{store, queue};
-    PlayListEditor editor{store, queue, playList, engine};
+    PlayerHolder engine{deps()};
+    PlayList playList{store, queue, *view};
+    PlayListEditor editor{store, queue, *view, playList, engine};
     AddFiles add{store, dialogs, queue, [this] { ++sends; }};
 };
 
@@ -78,7 +78,7 @@ TEST_F(PlayListTest, MoveRenumbersUpAndDownWithoutTellingThePage) {
     auto a = addSong("a.mp3"), b = addSong("b.mp3"), c = addSong("c.mp3"), d = addSong("d.mp3");
     editor.moveItem(1, 3);
     EXPECT_EQ((std::vector<int>{a->no, b->no, c->no, d->no}), (std::vector<int>{3, 1, 2, 4}));
-    EXPECT_EQ(view->storedMp3Entities->front(), b) << "the view's list follows";
+    EXPECT_EQ(pageState.storedMp3Entities->front(), b) << "the view's list follows";
     editor.moveItem(4, 1);
     EXPECT_EQ((std::vector<int>{a->no, b->no, c->no, d->no}), (std::vector<int>{4, 2, 3, 1}));
     EXPECT_THAT(sent(), IsEmpty());
@@ -88,17 +88,17 @@ TEST_F(PlayListTest, MoveRenumbersUpAndDownWithoutTellingThePage) {
 TEST_F(PlayListTest, RemovingTheCurrentTrackHandsOverByModeAndKeepsItPlayingOrPaused) {
     for (const char* name : {"a.mp3", "b.mp3", "c.mp3"}) addSong(name);
     addLyrics("a.lrc", "[00:01.00]one\n");
-    engine.get().playItem(url("a.mp3"));
+    engine.player().playItem(url("a.mp3"));
     editor.remove(url("a.mp3"));
     EXPECT_THAT(sent(), Contains(HasSubstr("setPlayList(")));
-    EXPECT_TRUE(view->playingFilePath == url("b.mp3") && players.last()->playing);
+    EXPECT_TRUE(pageState.playingFilePath == url("b.mp3") && players.last()->playing);
     EXPECT_THAT(*store.fetchLrcEntities(), IsEmpty()) << "its lyrics go with it";
-    EXPECT_EQ(view->storedMp3Entities->front()->no, 1) << "the rest is numbered from 1";
-    engine.get().pause();
+    EXPECT_EQ(pageState.storedMp3Entities->front()->no, 1) << "the rest is numbered from 1";
+    engine.player().pause();
     sent();
     editor.remove(url("b.mp3"));
     auto scripts = sent();
-    EXPECT_TRUE(view->playingFilePath == url("c.mp3") && !players.last()->playing);
+    EXPECT_TRUE(pageState.playingFilePath == url("c.mp3") && !players.last()->playing);
     EXPECT_THAT(scripts, Contains(isPlaying(false)));
     EXPECT_EQ(scripts.back().rfind("setPlayList(", 0), 0u);
 }
@@ -107,12 +107,12 @@ TEST_F(PlayListTest, ClearStopsSendsTheFiveResetsAndTheEmptyListAndKeepsSettings
     addSong("a.mp3");
     addLyrics("a.lrc", "[00:01.00]one\n");
     store.insertSettingsEntity()->key = std::string(std::get<0>(kLyricsSettings).key);
-    engine.get().playItem(url("a.mp3"));
+    engine.player().playItem(url("a.mp3"));
     sent();
     editor.clear();
     EXPECT_THAT(sent(), UnorderedElementsAre(current("-1"), durationText("-1"), mainFileName(""), isPlaying(false),
                                              playingPath(""), "setPlayList(\"[]\",\"[]\");"));
-    EXPECT_TRUE(!players.last()->playing && players.last()->position == 0 && view->playingFilePath.empty());
+    EXPECT_TRUE(!players.last()->playing && players.last()->position == 0 && pageState.playingFilePath.empty());
     EXPECT_TRUE(store.fetchMp3Entities()->empty() && store.fetchLrcEntities()->empty());
     EXPECT_EQ(store.fetchSettingsEntities()->size(), 1u);
 }
@@ -120,10 +120,10 @@ TEST_F(PlayListTest, ClearStopsSendsTheFiveResetsAndTheEmptyListAndKeepsSettings
 TEST_F(PlayListTest, ACharsetIsStoredAsGivenAndThePlayingTracksLyricsReloadAtOnce) {
     addSong("a.mp3");
     auto lyrics = addLyrics("a.lrc", "[00:01.00]\xC4\xE3\xBA\xC3\n", "utf8");  // "你好" in GB18030
-    engine.get().playItem(url("a.mp3"));
-    EXPECT_TRUE(engine.get().timeline().empty());
+    engine.player().playItem(url("a.mp3"));
+    EXPECT_TRUE(engine.player().timeline().empty());
     editor.setCharset(*lyrics->mainPathFileName, "GB18030");
-    EXPECT_THAT(engine.get().timeline().wordLineArray, ElementsAre("你好"));
+    EXPECT_THAT(engine.player().timeline().wordLineArray, ElementsAre("你好"));
     EXPECT_THAT(sent(), Not(Contains(HasSubstr("setPlayList("))));
     EXPECT_FALSE(store.hasChanges());
     editor.setCharset(*lyrics->mainPathFileName, "not-a-charset");
@@ -145,7 +145,7 @@ TEST_F(PlayListTest, ALoadRenumbersByPositionWithEqualOnesInFetchOrderAndDropsLy
     std::vector<std::string> log;
     for (std::string line; std::getline(out, line);) log.push_back(line);
     EXPECT_EQ(std::count(log.begin(), log.end(), url("five.lrc") + ":found"), 2) << "one per matching audio entry";
-    EXPECT_EQ(view->storedLrcEntities->size(), 3u) << "this load still carries the orphans";
+    EXPECT_EQ(pageState.storedLrcEntities->size(), 3u) << "this load still carries the orphans";
     queue.drain();
     FakeMainQueue otherQueue;
     Store reopened(dir.file("Tunelark.sqlite"), otherQueue);
@@ -161,96 +161,6 @@ TEST_F(PlayListTest, HostileNamesReachThePageAsTheSameText) {
     ASSERT_TRUE(call && call->arguments.size() == 2) << page.scripts[0];
     EXPECT_EQ(nlohmann::json::parse(call->arguments[0]).at(0).at("fileName"),
               "he said \"hi\" \\ </script>\n\xE2\x80\xA8 caf\xC3\xA9 \xEF\xBF\xBD.mp3");
-}
-
-TEST_F(PlayListTest, TheFirstShowingSendsTheNamesAtOnceThenQueuesListAndModeAndALaterOneNothing) {
-    FakeMainWindow window;
-    FakeScreens screens;
-    screens.screens.push_back(Screen{{0, 0, 1920, 1080}, {0, 0, 1920, 1050}});
-    addSong("a.mp3");
-    const auto names = allCharsetNames();
-    internal::CaptureStdout();
-    playList.showWindow(window, screens);
-    const std::string log = internal::GetCapturedStdout();
-    EXPECT_EQ(log.rfind("isVisible == false\n", 0), 0u);
-    EXPECT_THAT(log, HasSubstr("\n启动时，清理一次已存储的播放单文件列表中不需要的lrc文件内容，并发送文件列表给UI\n"));
-    EXPECT_THAT(log, HasSubstr("\nnative allSupportedCharsetNamesJsonString::::[\\\"utf8\\\",\\\"utf16\\\","));
-    EXPECT_EQ(window.frames, (std::vector<Rect>{{360, 240, 1200, 600}}));
-    EXPECT_TRUE(view->loaded && window.visible && window.minimumSize == (Rect{0, 0, 1200, 600}));
-    ASSERT_EQ(page.scripts.size(), 1u) << "the names go at once";
-    auto call = JsCallReader::read(page.scripts[0]);
-    ASSERT_TRUE(call && call->function == "setAllSupportedCharsetNames");
-    EXPECT_EQ(nlohmann::json::parse(call->arguments.at(0)).get<std::vector<std::string>>(), names);
-
-    view->playMode = "random";  // read when its call is built
-    queue.drain();
-    playList.showWindow(window, screens);
-    EXPECT_EQ(queue.pending(), 0u) << "a later showing does nothing";
-    EXPECT_THAT(std::vector(page.scripts.begin() + 1, page.scripts.end()),
-                UnorderedElementsAre("setMode(\"random\");", StartsWith("setPlayList(\"[{")));
-}
-
-// A page reloaded after its process ended is told everything again, once, and the window stays put.
-class PageRestoreTest : public PlayListTest {
-protected:
-    PageRestoreTest() { screens.screens.push_back(Screen{{0, 0, 1920, 1080}, {0, 0, 1920, 1050}}); }
-    std::string crash() {
-        internal::CaptureStdout();
-        playList.pageProcessEnded("crashed");
-        return internal::GetCapturedStdout();
-    }
-    // The first script (sent at once) and the queued ones after it.
-    std::pair<std::string, std::vector<std::string>> showAgain() {
-        playList.showWindow(window, screens);
-        const std::string first = page.scripts.empty() ? "" : page.scripts.front();
-        auto queued = sent();
-        if (!queued.empty()) queued.erase(queued.begin());
-        return {first, queued};
-    }
-    FakeMainWindow window;
-    FakeScreens screens;
-};
-
-TEST_F(PageRestoreTest, AfterThePageProcessEndedTheNextShowingResendsPlaybackListModeAndLyricsSwitches) {
-    bool lyricsShown = true;
-    playList.setLyricsWindowShown([&] { return lyricsShown; });
-    addSong("a.mp3");
-    playList.showWindow(window, screens);
-    engine.get().playItem(url("a.mp3"));
-    engine.clock().speedUp();
-    view->playMode = "random";
-    view->displayingRowNum = 2;
-    sent();
-
-    EXPECT_EQ(crash(), "Page process ended: crashed; reloading the page\n");
-    auto [first, queued] = showAgain();
-    EXPECT_THAT(first, StartsWith("setAllSupportedCharsetNames(\"[\\\"utf8\\\","));
-    EXPECT_THAT(queued, UnorderedElementsAre(StartsWith("setPlayList(\"[{"), "setMode(\"random\");", speedText("1.25"),
-                                             playingPath(url("a.mp3")), isPlaying(true), durationText("03:20"),
-                                             mainFileName("a"), "setLyricsSwitches(\"true\",\"towRows\");"));
-    EXPECT_TRUE(window.frames.size() == 1u && window.showCount == 1) << "neither moved nor shown again";
-
-    engine.get().pause();
-    lyricsShown = false;
-    sent();
-    EXPECT_TRUE(showAgain().second.empty()) << "one restore per ended process";
-    crash();
-    EXPECT_THAT(showAgain().second, AllOf(Contains(isPlaying(false)), Contains("setLyricsSwitches(\"false\",\"towRows\");")));
-}
-
-TEST_F(PageRestoreTest, AnEndBeforeTheFirstShowingLeavesItAsItIsAndANewPageGetsThePagesOwnDefaults) {
-    addSong("a.mp3");
-    crash();
-    playList.showWindow(window, screens);
-    EXPECT_EQ(window.frames.size(), 1u);
-    EXPECT_EQ(sent().size(), 3u) << "names, list, mode: the first showing";
-    EXPECT_TRUE(showAgain().second.empty());
-
-    crash();
-    EXPECT_THAT(showAgain().second,
-                UnorderedElementsAre(StartsWith("setPlayList("), "setMode(\"cycle\");", speedText("1.0"), playingPath(""),
-                                     isPlaying(false), "setLyricsSwitches(\"false\",\"oneRow\");"))
-        << "nothing played: no duration or name, and the switch reads off without a lyrics window";
 }
 
 }  // namespace

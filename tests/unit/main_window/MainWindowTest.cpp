@@ -1,4 +1,6 @@
+#include "TempDir.h"
 #include "fakes/FakeDesktopServices.h"
+#include "fakes/FakeMainQueue.h"
 #include "fakes/FakeMainWindow.h"
 #include "fakes/FakePageView.h"
 #include "main_window/MainWC.h"
@@ -10,6 +12,16 @@ namespace tunelark {
 namespace {
 
 using Texts = std::vector<std::string>;
+
+// What a main window controller is made with besides its window and screens.
+struct PageSide {
+    test::TempDir dir;
+    test::FakeMainQueue queue;
+    Store store{dir.file("Tunelark.sqlite"), queue};
+    PageState page;
+    MainVC view{queue, nullptr, page};
+    PlayList playList{store, queue, view};
+};
 
 struct MaxMinCase {
     std::vector<Screen> screens;
@@ -30,7 +42,8 @@ void checkMaxMin(const MaxMinCase& c) {
     window.windowManager = c.windowManager;
     window.maximized = c.maximized;
     window.show();
-    MainWC(window, screens, [](int) {}).changeMaxMin();
+    PageSide side;
+    MainWC(window, screens, side.page, side.playList, [](int) {}).changeMaxMin();
     const auto where = ::testing::Message() << "window at " << c.before.x << "," << c.before.y << " " << c.before.width
                                             << "x" << c.before.height << (c.windowManager ? " with" : " without")
                                             << " a window manager" << (c.maximized ? ", maximised" : "");
@@ -79,7 +92,10 @@ TEST(MainWCTest, ClosingHidesTheWindowThenEndsTheProcessWithStatusZero) {
     test::FakeMainWindow window;
     std::vector<std::pair<int, bool>> exits;
     window.show();
-    MainWC(window, test::FakeScreens(), [&](int s) { exits.emplace_back(s, window.isVisible()); }).windowShouldClose();
+    PageSide side;
+    test::FakeScreens screens;
+    MainWC(window, screens, side.page, side.playList, [&](int s) { exits.emplace_back(s, window.isVisible()); })
+        .windowShouldClose();
     EXPECT_EQ(exits, (std::vector<std::pair<int, bool>>{{0, false}}));
 }
 

@@ -1,4 +1,4 @@
-#include "bridge/MainVC.h"
+#include "page/PageState.h"
 #include "fakes/FakeLyricsWindow.h"
 #include "fakes/FakeMainQueue.h"
 #include "fakes/FakePreferencesWindow.h"
@@ -24,7 +24,7 @@ protected:
     test::TempDir dir;
     test::FakeMainQueue queue;
     Store store{dir.file("store.sqlite"), queue};
-    MainVC mainView{queue, nullptr};
+    PageState pageState;
     test::FakeLyricsWindow* window = nullptr;
     int mainWindowShows = 0;
     LyricsWindowSwitch lyricsSwitch{[this] {
@@ -32,7 +32,7 @@ protected:
                                         window = made.get();
                                         return made;
                                     },
-                                    store, [this] { ++mainWindowShows; }};
+                                    store, pageState, [this] { ++mainWindowShows; }};
 };
 
 TEST_F(LyricsWindowTest, TakesTheStoredStyleAndCentresTextOnTheAnchorBelowTheFirstFrameAndTwoRowsGrowUpward) {
@@ -46,7 +46,7 @@ TEST_F(LyricsWindowTest, TakesTheStoredStyleAndCentresTextOnTheAnchorBelowTheFir
     LabelSize size = window->naturalTextSize();
     EXPECT_EQ(frame(), (Rect{300 - size.width / 2, 180 + size.height / 2, size.width, size.height}));
     Rect oneRow = frame();
-    lyricsSwitch.turnOneRowOrTow("towRows");
+    lyricsSwitch.setRowMode("towRows");
     LyricsVC::shared->setLyricText("a much longer first line\nsecond");
     double gained = frame().height - oneRow.height;
     ASSERT_GT(gained, 0);

@@ -1,7 +1,7 @@
 #pragma once
-#include "bridge/handlers/BridgeOperations.h"
-#include "bridge/handlers/ByJsHandler.h"
-#include "bridge/handlers/HandlerRow.h"
+#include "bridge/BridgeOperations.h"
+#include "bridge/ByJsHandler.h"
+#include "bridge/HandlerRow.h"
 #include "platform/MainQueue.h"
 #include "platform/PageView.h"
 

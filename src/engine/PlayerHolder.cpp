@@ -1,10 +1,10 @@
-#include "engine/Engine.h"
+#include "engine/PlayerHolder.h"
 
 #include <chrono>
 
 namespace tunelark {
 
-PlayerUtil& Engine::get() {
+PlayerUtil& PlayerHolder::player() {
     if (!player_) {
         player_ = std::make_unique<PlayerUtil>(deps_, seams_);
         clock_ = std::make_unique<PlaybackClock>(*player_);
@@ -13,8 +13,8 @@ PlayerUtil& Engine::get() {
     return *player_;
 }
 
-PlaybackClock& Engine::clock() {
-    get();
+PlaybackClock& PlayerHolder::clock() {
+    player();
     return *clock_;
 }
 

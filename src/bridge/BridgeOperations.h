@@ -29,7 +29,7 @@ struct BridgeOperations {
     std::function<void(double currentPercent)> setCurrentPercent;
     // The texts as sent: "true"/"false" and "oneRow"/"towRows"; other values are the operation's to ignore.
     std::function<void(const std::string& needOn, const std::string& rowAmoutString)> turnLyricsOn;
-    std::function<void(const std::string& rowAmoutString)> turnOneRowOrTow;
+    std::function<void(const std::string& rowAmoutString)> setRowMode;
     std::function<void()> playNextLyric;
     std::function<void()> playPrevLyric;
     std::function<void()> speedUp;

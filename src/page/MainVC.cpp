@@ -1,29 +1,32 @@
-#include "bridge/MainVC.h"
+#include "page/MainVC.h"
 
-#include "bridge/PageCalls.h"
+#include "page/PageCalls.h"
 
 namespace tunelark {
 
-MainVC::MainVC(MainQueue& queue, PageView* webView) : wkWebView(webView), queue_(queue) { shared = this; }
+MainVC::MainVC(MainQueue& queue, PageView* webView, PageState& state)
+    : queue_(queue), wkWebView_(webView), state_(state) {
+    shared = this;
+}
 
 MainVC::~MainVC() {
     if (shared == this) shared = nullptr;
 }
 
 void MainVC::evaluate(const std::string& script) {
-    if (wkWebView != nullptr) wkWebView->evaluate(script);
+    if (wkWebView_ != nullptr) wkWebView_->evaluate(script);
 }
 
 void MainVC::post(std::function<std::string(const MainVC&)> buildScript) {
     queue_.post([buildScript = std::move(buildScript)] {
         MainVC* view = MainVC::shared;
-        if (view == nullptr || view->wkWebView == nullptr) return;
+        if (view == nullptr || !view->hasPage()) return;
         view->evaluate(buildScript(*view));
     });
 }
 
 void MainVC::setMode() {
-    post([](const MainVC& view) { return setModeScript(view.playMode); });
+    post([](const MainVC& view) { return setModeScript(playModeText(view.state_.playMode)); });
 }
 
 void MainVC::setIsPlaying(bool playing) {
@@ -59,12 +62,12 @@ void MainVC::setSpeed(const std::string& text) {
 }
 
 void MainVC::setLyricsSwitches(bool on) {
-    post([on](const MainVC& view) { return setLyricsSwitchesScript(on, view.displayingRowNum); });
+    post([on](const MainVC& view) { return setLyricsSwitchesScript(on, view.state_.displayingRowNum); });
 }
 
 void MainVC::sendPlaybackAgain(const std::string& initialSpeed) {
     setIsPlaying(sentIsPlaying_);
-    setPlayingFilePath(playingFilePath);
+    setPlayingFilePath(state_.playingFilePath);
     // A page that was never told a duration or name shows its own "nothing loaded" already.
     if (sentDuration_) setDuration(*sentDuration_);
     if (sentMainFileName_) setMainFileName(*sentMainFileName_);

@@ -1,4 +1,4 @@
-#include "bridge/handlers/ByJsHandler.h"
+#include "bridge/ByJsHandler.h"
 
 #include "platform/Console.h"
 

@@ -1,5 +1,5 @@
 #pragma once
-#include "library/store/Store.h"
+#include "page/PageState.h"
 #include "platform/MainQueue.h"
 #include "platform/PageView.h"
 
@@ -10,31 +10,27 @@
 
 namespace tunelark {
 
-// The main view state that the handlers, the engine, the library and the lyrics window share, and the
-// page-call operations: what native code says to the page. Main thread only.
+// The page-call operations: what native code says to the page, built from the page state where a call
+// reports it. Main thread only.
 class MainVC {
 public:
-    // The newest main view; set on creation, emptied only when that view is destroyed.
+    // The newest main view, set on creation and emptied only when that view is destroyed: a page call
+    // still queued then finds no view and is dropped.
     static inline MainVC* shared = nullptr;
 
-    MainVC(MainQueue& queue, PageView* webView);
-    // Empties the slot when it still holds this view, so no queued page call reaches a dead one.
+    MainVC(MainQueue& queue, PageView* webView, PageState& state);
     ~MainVC();
     MainVC(const MainVC&) = delete;
     MainVC& operator=(const MainVC&) = delete;
 
-    bool loaded = false;
-    std::optional<Records<Mp3Entity>> storedMp3Entities;  // play-list order, from the last load
-    std::optional<Records<LrcEntity>> storedLrcEntities;  // as fetched by the last load
-    bool isPlaying = false;
-    std::string playingFilePath;
-    std::string playMode = "cycle";
-    int displayingRowNum = 1;
-    PageView* wkWebView = nullptr;  // not owned
+    PageState& state() { return state_; }
+    const PageState& state() const { return state_; }
+    // Whether there is a page to talk to.
+    bool hasPage() const { return wkWebView_ != nullptr; }
 
     // Page calls: each posts a task to the main queue that builds the script and evaluates it, so
     // callers never wait. A call is dropped when there is no main view or web view by then.
-    void setMode();  // reads playMode when the script is built
+    void setMode();  // the play mode as it is when the script is built
     void setIsPlaying(bool playing);
     void setPlayingFilePath(const std::string& filePath);
     void setMainFileName(const std::string& name);
@@ -42,12 +38,12 @@ public:
     void setCurrent(const std::string& text);
     void setSliderCurrentValue(std::int64_t value);
     void setSpeed(const std::string& text);
-    // The lyrics switch and the row mode (displayingRowNum, read when the script is built).
+    // The lyrics switch and the row mode (as it is when the script is built).
     void setLyricsSwitches(bool on);
 
-    // Tells a freshly loaded page again what it was last told of playback: playing or not (isPlaying
-    // stays true over a pause, the page's state does not), the playing path, and the duration, display
-    // name and speed last sent (initialSpeed when no speed was sent).
+    // Tells a freshly loaded page again what it was last told of playback: playing or not (as last sent,
+    // so a pause shows), the playing path, and the duration, display name and speed last sent
+    // (initialSpeed when no speed was sent).
     void sendPlaybackAgain(const std::string& initialSpeed);
 
     // Evaluates a ready script at once (from main-queue tasks that already built it); nothing without a
@@ -60,6 +56,8 @@ private:
     // The script is built from the main view found in the slot when the task runs.
     void post(std::function<std::string(const MainVC&)> buildScript);
     MainQueue& queue_;
+    PageView* wkWebView_;  // not owned
+    PageState& state_;
     // The last value of each page call that nothing else repeats (the position is sent on every tick).
     bool sentIsPlaying_ = false;
     std::optional<std::string> sentDuration_;

@@ -1,4 +1,4 @@
-#include "bridge/handlers/HandlerTable.h"
+#include "bridge/HandlerTable.h"
 
 #include "platform/Console.h"
 #include "platform/JsonText.h"
@@ -137,7 +137,7 @@ std::vector<HandlerRow> makeTable() {
          [](O o, V v) { return call(o.turnLyricsOn, v.at("needOn"), v.at("rowAmoutString")); }},
         // Writes the same prefix as the message above.
         {"nativeTurnOneRowOrTow", makeHandler<TurnOneRowOrTowByJsHandler>, stringMap({{"rowAmoutString", "oneRow"}}),
-         I, line("TurnLyricsOnByJsHandler "), [](O o, V v) { return call(o.turnOneRowOrTow, v.at("rowAmoutString")); }},
+         I, line("TurnLyricsOnByJsHandler "), [](O o, V v) { return call(o.setRowMode, v.at("rowAmoutString")); }},
         {"nativePlayNextLyric", makeHandler<PlayNextLyricByJsHandler>, ignored(), I, line("PlayNextLyricByJsHandler"),
          [](O o, V) { return call(o.playNextLyric); }},
         {"nativePlayPrevLyric", makeHandler<PlayPrevLyricByJsHandler>, ignored(), I, line("PlayPrevLyricByJsHandler"),

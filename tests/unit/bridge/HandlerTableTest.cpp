@@ -1,4 +1,4 @@
-#include "bridge/handlers/HandlerTable.h"
+#include "bridge/HandlerTable.h"
 
 #include "fakes/FakeMainQueue.h"
 #include "fakes/FakePageView.h"
@@ -21,7 +21,7 @@ BridgeOperations recording(Lines& c) {
     o.f = [&c](auto a, auto b) { std::ostringstream s; s << #f "(" << a << ',' << b << ')'; c.push_back(s.str()); }
     PLAIN(showWindow), PLAIN(startMoveWindow), ONE(doCopy), ONE(alert), PLAIN(changeMaxMin), PLAIN(toAddMp3);
     PLAIN(clearPlayList), TWO(setCharset), ONE(remove), PLAIN(play), ONE(playItem), PLAIN(pause), PLAIN(changeMode);
-    PLAIN(playNext), PLAIN(playPrev), ONE(setCurrentPercent), TWO(turnLyricsOn), ONE(turnOneRowOrTow);
+    PLAIN(playNext), PLAIN(playPrev), ONE(setCurrentPercent), TWO(turnLyricsOn), ONE(setRowMode);
     PLAIN(playNextLyric), PLAIN(playPrevLyric), PLAIN(speedUp), PLAIN(speedDown), TWO(moveItem);
     return o;
 }
@@ -61,7 +61,7 @@ const Row kRows[] = {
     {"nativeTurnLyricsOn", "TurnLyricsOnByJsHandler ", true, false, R"({"needOn":"true","rowAmoutString":"towRows"})",
      "turnLyricsOn(true,towRows)", "turnLyricsOn(false,oneRow)"},
     {"nativeTurnOneRowOrTow", "TurnLyricsOnByJsHandler ", true, false, R"({"rowAmoutString":"towRows"})",
-     "turnOneRowOrTow(towRows)", "turnOneRowOrTow(oneRow)"},
+     "setRowMode(towRows)", "setRowMode(oneRow)"},
     {"nativePlayNextLyric", "PlayNextLyricByJsHandler", true, false, "{}", "playNextLyric", "playNextLyric"},
     {"nativePlayPrevLyric", "PlayPrevLyricByJsHandler", true, false, "{}", "playPrevLyric", "playPrevLyric"},
     {"nativeSpeedUp", "Speed Up By JS ", true, false, "{}", "speedUp", "speedUp"},

@@ -8,18 +8,19 @@
 
 namespace tunelark {
 
-// Holds the one engine: created on its first use, when its 0.1 s clock starts; the clock runs until
-// the holder goes. Main thread only.
-class Engine {
+// Holds the one PlayerUtil: created on its first use, when its 0.1 s clock starts; the clock runs
+// until the holder goes. Main thread only.
+class PlayerHolder {
 public:
-    explicit Engine(PlayerDeps deps) : deps_(std::move(deps)) {}
-    Engine(const Engine&) = delete;
-    Engine& operator=(const Engine&) = delete;
+    explicit PlayerHolder(PlayerDeps deps) : deps_(std::move(deps)) {}
+    PlayerHolder(const PlayerHolder&) = delete;
+    PlayerHolder& operator=(const PlayerHolder&) = delete;
 
-    PlayerUtil& get();
+    // The player, created (and its clock started) when this is the first use.
+    PlayerUtil& player();
     PlaybackClock& clock();
     bool created() const { return player_ != nullptr; }
-    // Filled by the program as the windows appear; read by the engine at each use.
+    // Filled by the program as the windows appear; read by the player at each use.
     EngineSeams& seams() { return seams_; }
 
 private:

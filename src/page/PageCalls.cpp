@@ -1,4 +1,4 @@
-#include "bridge/PageCalls.h"
+#include "page/PageCalls.h"
 
 #include <array>
 #include <cstdio>

@@ -1,16 +1,10 @@
-#include "engine/PlaybackTexts.h"
+#include "engine/TimeText.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <cstdlib>
-#include <limits>
 
 namespace tunelark {
-
-float rateForSpeedIdx(int index) {
-    return std::strtof(std::string(kSpeeds.at(static_cast<std::size_t>(index))).c_str(), nullptr);
-}
 
 std::string timeText(double seconds) {
     // Clamped far beyond any track so the conversion to an integer stays defined.
@@ -28,13 +22,6 @@ std::optional<std::int64_t> sliderValue(double position, double duration) {
     constexpr double kLimit = 9e18;
     if (value > kLimit || value < -kLimit) return std::nullopt;
     return static_cast<std::int64_t>(value);
-}
-
-std::optional<std::size_t> playModeIndex(std::string_view mode) {
-    for (std::size_t i = 0; i < kPlayModes.size(); ++i) {
-        if (kPlayModes[i] == mode) return i;
-    }
-    return std::nullopt;
 }
 
 }  // namespace tunelark

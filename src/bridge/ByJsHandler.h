@@ -1,6 +1,6 @@
 #pragma once
-#include "bridge/handlers/BridgeOperations.h"
-#include "bridge/handlers/HandlerRow.h"
+#include "bridge/BridgeOperations.h"
+#include "bridge/HandlerRow.h"
 #include "platform/MainQueue.h"
 
 #include <memory>

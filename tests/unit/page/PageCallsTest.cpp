@@ -1,6 +1,6 @@
-#include "bridge/JsCallReader.h"
-#include "bridge/MainVC.h"
-#include "bridge/PageCalls.h"
+#include "page/JsCallReader.h"
+#include "page/MainVC.h"
+#include "page/PageCalls.h"
 #include "fakes/FakeMainQueue.h"
 #include "fakes/FakePageView.h"
 
@@ -63,20 +63,22 @@ TEST(PageCalls, EachInvalidByteBecomesAReplacementCharacter) {
 TEST(MainVC, PageCallsRunLaterInOrderAndOnlyWithAView) {
     test::FakeMainQueue queue;
     test::FakePageView page;
-    auto view = std::make_unique<MainVC>(queue, &page);
+    PageState state;
+    auto view = std::make_unique<MainVC>(queue, &page, state);
     view->setIsPlaying(true);
     view->setMode();
-    view->playMode = "random";  // read when the script is built
+    state.playMode = PlayMode::random;  // read when the script is built
     view->setMainFileName("\"\n");
     EXPECT_TRUE(page.scripts.empty()) << "a page call never runs inside its caller";
     queue.drain();
     EXPECT_EQ(page.scripts, (Texts{"setIsPlaying(true);", R"(setMode("random");)", R"(setMainFileName("\"\n");)"}));
-    view->setCurrent("00:01");
-    view->wkWebView = nullptr;
-    queue.drain();
-    view->wkWebView = &page;
-    view->setCurrent("00:02");
     view.reset();
+    MainVC withoutPage{queue, nullptr, state};
+    withoutPage.setCurrent("00:01");
+    queue.drain();
+    auto view2 = std::make_unique<MainVC>(queue, &page, state);
+    view2->setCurrent("00:02");
+    view2.reset();
     EXPECT_EQ(MainVC::shared, nullptr);
     EXPECT_EQ(queue.drain(), 1);
     EXPECT_EQ(page.scripts.size(), 3u) << "dropped without a web view or a main view";
