@@ -1,6 +1,8 @@
 #pragma once
 #include "platform/PageView.h"
 #include "platform/glib/GObjectHandles.h"
+#include "platform/gtk/PageNavigationHooks.h"
+#include "platform/gtk/PageScheme.h"
 
 #include <cstdint>
 #include <functional>
@@ -33,8 +35,9 @@ private:
     std::unique_ptr<GdkEvent, Free> event_;
 };
 
-// The page's web view: WebKitGTK with the page served from our own URI scheme, the bridge's message
-// handlers, and the last button press kept for window drags. Main thread only.
+// The page's web view: WebKitGTK with the page served from our own URI scheme (PageScheme), its
+// navigation hooks (PageNavigationHooks), the bridge's message handlers, and the last button press kept
+// for window drags. Main thread only.
 class WkWebViewWithMouseEvent : public PageView {
 public:
     // The scheme the page is served under, as "tunelark://app/<path in the page folder>".
@@ -73,10 +76,11 @@ private:
     struct Handler;
     void connectSignals();
 
-    Callbacks callbacks_;
     GObjectPtr<WebKitWebContext> context_;
+    PageScheme scheme_;
     GObjectPtr<WebKitUserContentManager> contentManager_;
     GObjectPtr<WebKitWebView> view_;
+    PageNavigationHooks navigationHooks_;
     GdkEventHolder lastMouseDownEvent_;
     struct PressDrag {
         bool held = false;             // the last press's button is still down
