@@ -88,64 +88,67 @@ BodyReader stringMap(std::vector<BodyKey> keys) { return BodyReader{true, std::m
 ConsoleLine line(std::string_view prefix) { return ConsoleLine{prefix, true}; }
 
 std::vector<HandlerRow> makeTable() {
-    using O = const BridgeOperations&;
-    using V = const BodyValues&;
-    constexpr auto Q = Run::Queued;
-    constexpr auto I = Run::Inline;
+    using Ops = const BridgeOperations&;
+    using Values = const BodyValues&;
+    constexpr auto queued = Run::Queued;
+    constexpr auto inlined = Run::Inline;
     return {
-        {"showWindow", makeHandler<ShowWindowByJsHandler>, ignored(), Q, ConsoleLine{"showWindow", false},
-         [](O o, V) { return call(o.showWindow); }},
-        {"startMoveWindow", makeHandler<StartMoveWindowByJsHandler>, ignored(), Q, line("startMoveWindow"),
-         [](O o, V) { return call(o.startMoveWindow); }},
-        {"stopMoveWindow", makeHandler<StopMoveWindowByJsHandler>, ignored(), I, line("stopWindow"), nothing},
-        {"nativeLog", makeHandler<LogByJsHandler>, ignored(), I, std::nullopt, nothing},
-        {"nativeDoCopy", makeHandler<DoCopyByJsHandler>, stringMap({{"text", std::nullopt}}), I,
+        {"showWindow", makeHandler<ShowWindowByJsHandler>, ignored(), queued, ConsoleLine{"showWindow", false},
+         [](Ops o, Values) { return call(o.showWindow); }},
+        {"startMoveWindow", makeHandler<StartMoveWindowByJsHandler>, ignored(), queued, line("startMoveWindow"),
+         [](Ops o, Values) { return call(o.startMoveWindow); }},
+        {"stopMoveWindow", makeHandler<StopMoveWindowByJsHandler>, ignored(), inlined, line("stopWindow"), nothing},
+        {"nativeLog", makeHandler<LogByJsHandler>, ignored(), inlined, std::nullopt, nothing},
+        {"nativeDoCopy", makeHandler<DoCopyByJsHandler>, stringMap({{"text", std::nullopt}}), inlined,
          line("nativeDoCopy"), doCopy},
         // The text is read here; the alert is shown by the queued task.
-        {"nativeAlert", makeHandler<AlertByJsHandler>, stringMap({{"msg", ""}}), Q, line("NativeAlertByJsHandler"),
-         [](O o, V v) { return call(o.alert, v.at("msg")); }},
-        {"nativeChangeMaxMin", makeHandler<ChangeMaxMinByJsHandler>, ignored(), Q,
-         line("MainVCNativeChangeMaxMinByJsHandler"), [](O o, V) { return call(o.changeMaxMin); }},
-        {"nativeToAddMp3", makeHandler<ToAddMp3ByJsHandler>, ignored(), Q, line("MainVCNativeToAddMp3ByJsHandler"),
-         [](O o, V) { return call(o.toAddMp3); }},
-        {"nativeClearPlayList", makeHandler<ClearPlayListByJsHandler>, ignored(), Q, line(" Clear Play List By Js "),
-         [](O o, V) { return call(o.clearPlayList); }},
+        {"nativeAlert", makeHandler<AlertByJsHandler>, stringMap({{"msg", ""}}), queued, line("NativeAlertByJsHandler"),
+         [](Ops o, Values v) { return call(o.alert, v.at("msg")); }},
+        {"nativeChangeMaxMin", makeHandler<ChangeMaxMinByJsHandler>, ignored(), queued,
+         line("MainVCNativeChangeMaxMinByJsHandler"), [](Ops o, Values) { return call(o.changeMaxMin); }},
+        {"nativeToAddMp3", makeHandler<ToAddMp3ByJsHandler>, ignored(), queued, line("MainVCNativeToAddMp3ByJsHandler"),
+         [](Ops o, Values) { return call(o.toAddMp3); }},
+        {"nativeClearPlayList", makeHandler<ClearPlayListByJsHandler>, ignored(), queued,
+         line(" Clear Play List By Js "), [](Ops o, Values) { return call(o.clearPlayList); }},
         {"nativeSetCharset", makeHandler<SetCharsetByJsHandler>, stringMap({{"mainPathFileName", ""}, {"charset", ""}}),
-         I, line("Set Charset By JS "), [](O o, V v) { return call(o.setCharset, v.at("mainPathFileName"), v.at("charset")); }},
+         inlined, line("Set Charset By JS "),
+         [](Ops o, Values v) { return call(o.setCharset, v.at("mainPathFileName"), v.at("charset")); }},
         {"nativeMoveItem", makeHandler<MoveItemByJsHandler>,
-         stringMap({{"fromIndex", std::nullopt}, {"toIndex", std::nullopt}}), I, line("Move Item By JS "), moveItem},
-        {"nativeRemove", makeHandler<RemoveByJsHandler>, stringMap({{"filePath", ""}}), I, line("Native Remove By JS "),
-         [](O o, V v) { return call(o.remove, v.at("filePath")); }},
-        {"nativePlay", makeHandler<PlayByJsHandler>, ignored(), I, line("Native Play By JS "),
-         [](O o, V) { return call(o.play); }},
-        {"nativePlayItem", makeHandler<PlayItemByJsHandler>, stringMap({{"filePath", ""}}), I,
-         line("Native Play Item By JS "), [](O o, V v) { return call(o.playItem, v.at("filePath")); }},
-        {"nativePause", makeHandler<PauseByJsHandler>, ignored(), I, line("Native Pause By JS "),
-         [](O o, V) { return call(o.pause); }},
-        {"nativePauseItem", makeHandler<PauseByJsHandler>, ignored(), I, line("Native Pause By JS "),
-         [](O o, V) { return call(o.pause); }},
-        {"nativeChangeMode", makeHandler<ChangeModeByJsHandler>, ignored(), Q, line("ChangeModeByJsHandler"),
-         [](O o, V) { return call(o.changeMode); }},
-        {"nativePlayNext", makeHandler<PlayNextByJsHandler>, ignored(), I, line("PlayNextByJsHandler"),
-         [](O o, V) { return call(o.playNext); }},
-        {"nativePlayPrev", makeHandler<PlayPrevByJsHandler>, ignored(), I, line("PlayPrevByJsHandler"),
-         [](O o, V) { return call(o.playPrev); }},
-        {"nativeSetCurrentPercent", makeHandler<SetCurrentTimeByJsHandler>, stringMap({{"currentPercent", "0"}}), I,
-         line("SetCurrentTimeByJsHandler "), setCurrentPercent},
+         stringMap({{"fromIndex", std::nullopt}, {"toIndex", std::nullopt}}), inlined, line("Move Item By JS "),
+         moveItem},
+        {"nativeRemove", makeHandler<RemoveByJsHandler>, stringMap({{"filePath", ""}}), inlined,
+         line("Native Remove By JS "), [](Ops o, Values v) { return call(o.remove, v.at("filePath")); }},
+        {"nativePlay", makeHandler<PlayByJsHandler>, ignored(), inlined, line("Native Play By JS "),
+         [](Ops o, Values) { return call(o.play); }},
+        {"nativePlayItem", makeHandler<PlayItemByJsHandler>, stringMap({{"filePath", ""}}), inlined,
+         line("Native Play Item By JS "), [](Ops o, Values v) { return call(o.playItem, v.at("filePath")); }},
+        {"nativePause", makeHandler<PauseByJsHandler>, ignored(), inlined, line("Native Pause By JS "),
+         [](Ops o, Values) { return call(o.pause); }},
+        {"nativePauseItem", makeHandler<PauseByJsHandler>, ignored(), inlined, line("Native Pause By JS "),
+         [](Ops o, Values) { return call(o.pause); }},
+        {"nativeChangeMode", makeHandler<ChangeModeByJsHandler>, ignored(), queued, line("ChangeModeByJsHandler"),
+         [](Ops o, Values) { return call(o.changeMode); }},
+        {"nativePlayNext", makeHandler<PlayNextByJsHandler>, ignored(), inlined, line("PlayNextByJsHandler"),
+         [](Ops o, Values) { return call(o.playNext); }},
+        {"nativePlayPrev", makeHandler<PlayPrevByJsHandler>, ignored(), inlined, line("PlayPrevByJsHandler"),
+         [](Ops o, Values) { return call(o.playPrev); }},
+        {"nativeSetCurrentPercent", makeHandler<SetCurrentTimeByJsHandler>, stringMap({{"currentPercent", "0"}}),
+         inlined, line("SetCurrentTimeByJsHandler "), setCurrentPercent},
         {"nativeTurnLyricsOn", makeHandler<TurnLyricsOnByJsHandler>,
-         stringMap({{"needOn", "false"}, {"rowAmoutString", "oneRow"}}), I, line("TurnLyricsOnByJsHandler "),
-         [](O o, V v) { return call(o.turnLyricsOn, v.at("needOn"), v.at("rowAmoutString")); }},
+         stringMap({{"needOn", "false"}, {"rowAmoutString", "oneRow"}}), inlined, line("TurnLyricsOnByJsHandler "),
+         [](Ops o, Values v) { return call(o.turnLyricsOn, v.at("needOn"), v.at("rowAmoutString")); }},
         // Writes the same prefix as the message above.
         {"nativeTurnOneRowOrTow", makeHandler<TurnOneRowOrTowByJsHandler>, stringMap({{"rowAmoutString", "oneRow"}}),
-         I, line("TurnLyricsOnByJsHandler "), [](O o, V v) { return call(o.setRowMode, v.at("rowAmoutString")); }},
-        {"nativePlayNextLyric", makeHandler<PlayNextLyricByJsHandler>, ignored(), I, line("PlayNextLyricByJsHandler"),
-         [](O o, V) { return call(o.playNextLyric); }},
-        {"nativePlayPrevLyric", makeHandler<PlayPrevLyricByJsHandler>, ignored(), I, line("PlayPrevLyricByJsHandler"),
-         [](O o, V) { return call(o.playPrevLyric); }},
-        {"nativeSpeedUp", makeHandler<SpeedUpByJsHandler>, ignored(), I, line("Speed Up By JS "),
-         [](O o, V) { return call(o.speedUp); }},
-        {"nativeSpeedDown", makeHandler<SpeedDownByJsHandler>, ignored(), I, line("Speed Down By JS "),
-         [](O o, V) { return call(o.speedDown); }},
+         inlined, line("TurnLyricsOnByJsHandler "),
+         [](Ops o, Values v) { return call(o.setRowMode, v.at("rowAmoutString")); }},
+        {"nativePlayNextLyric", makeHandler<PlayNextLyricByJsHandler>, ignored(), inlined,
+         line("PlayNextLyricByJsHandler"), [](Ops o, Values) { return call(o.playNextLyric); }},
+        {"nativePlayPrevLyric", makeHandler<PlayPrevLyricByJsHandler>, ignored(), inlined,
+         line("PlayPrevLyricByJsHandler"), [](Ops o, Values) { return call(o.playPrevLyric); }},
+        {"nativeSpeedUp", makeHandler<SpeedUpByJsHandler>, ignored(), inlined, line("Speed Up By JS "),
+         [](Ops o, Values) { return call(o.speedUp); }},
+        {"nativeSpeedDown", makeHandler<SpeedDownByJsHandler>, ignored(), inlined, line("Speed Down By JS "),
+         [](Ops o, Values) { return call(o.speedDown); }},
     };
 }
 
@@ -157,7 +160,7 @@ const std::vector<HandlerRow>& handlerTable() {
 }
 
 std::vector<std::shared_ptr<const ByJsHandler>> registerHandlers(PageView& page, MainQueue& queue,
-                                                                  const BridgeOperations& operations) {
+                                                                 const BridgeOperations& operations) {
     const auto shared = std::make_shared<const BridgeOperations>(operations);
     std::vector<std::shared_ptr<const ByJsHandler>> handlers;
     for (const auto& row : handlerTable()) {

@@ -29,7 +29,9 @@ BridgeOperations pageOperations(const OperationTargets& t) {
     o.speedUp = [&engine] { engine.player().speedUp(); };
     o.speedDown = [&engine] { engine.player().speedDown(); };
     LyricsWindowSwitch& lyrics = t.lyricsWindow;
-    o.turnLyricsOn = [&lyrics](const std::string& needOn, const std::string& rows) { lyrics.turnLyricsOn(needOn, rows); };
+    o.turnLyricsOn = [&lyrics](const std::string& needOn, const std::string& rows) {
+        lyrics.turnLyricsOn(needOn, rows);
+    };
     o.setRowMode = [&lyrics](const std::string& rows) { lyrics.setRowMode(rows); };
     return o;
 }

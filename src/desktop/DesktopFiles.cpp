@@ -7,7 +7,11 @@ namespace tunelark {
 
 DesktopFiles::DesktopFiles(MainQueue& queue, const PageState& page, AddFiles& addFiles,
                            const BridgeOperations& operations)
-    : queue_(queue), page_(page), addFiles_(addFiles), operations_(operations), self_(std::make_shared<DesktopFiles*>(this)) {}
+    : queue_(queue),
+      page_(page),
+      addFiles_(addFiles),
+      operations_(operations),
+      self_(std::make_shared<DesktopFiles*>(this)) {}
 
 void DesktopFiles::open(std::vector<std::string> paths) { submit({std::move(paths), true}); }
 

@@ -90,7 +90,7 @@ protected:
     PlayerHolder engine{PlayerDeps{queue, view, store, dialogs, players, device}};
 };
 
-// A named pipe once hung the main thread in open(): no such file may keep the player waiting.
+// open() on a named pipe waits for a writer: no such file may keep the player waiting.
 TEST_F(PlaybackIntegrationTest, FilesWithoutPlayableAudioAreRefusedAtOnce) {
     ASSERT_EQ(mkfifo(dir.file("pipe.mp3").c_str(), 0644), 0);
     std::filesystem::create_directory(dir.file("folder.mp3"));

@@ -187,7 +187,7 @@ TEST_F(EngineTest, LyricAlertsNameTheFileAndTheStoredCharsetAndTheWindowIsCleare
     EXPECT_THAT(dialogs.alerts, ElementsAre("You need to redo Add Operation for lrc:a.lrc (" + url("a.lrc") + ")",
                                             "Can not open lrc file:a.lrc in charset:GB18030 (" + url("a.lrc") + ")"));
 
-    // Opening a named pipe for reading used to block the main thread forever.
+    // Opening a named pipe for reading blocks until a writer comes, which would hold the main thread.
     pageState.storedLrcEntities->at(0)->charset.reset();
     std::filesystem::remove(dir.file("a.lrc"));
     ASSERT_EQ(mkfifo(dir.file("a.lrc").c_str(), 0644), 0);
