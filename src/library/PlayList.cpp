@@ -5,6 +5,7 @@
 #include "library/store/FileNames.h"
 #include "page/PageCalls.h"
 #include "platform/Console.h"
+#include "platform/JsonText.h"
 
 #include <nlohmann/json.hpp>
 
@@ -128,8 +129,7 @@ void PlayList::startExchange() {
 }
 
 void PlayList::sendCharsetNames() {
-    const std::string names = nlohmann::json(allCharsetNames()).dump(-1, ' ', false,
-                                                                      nlohmann::json::error_handler_t::replace);
+    const std::string names = compactJson(nlohmann::json(allCharsetNames()));
     consoleLine("native allSupportedCharsetNamesJsonString::::" + jsStringContent(names));
     view_.evaluate(setAllSupportedCharsetNamesScript(names));
 }

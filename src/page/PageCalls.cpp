@@ -1,5 +1,7 @@
 #include "page/PageCalls.h"
 
+#include "platform/Utf8.h"
+
 #include <array>
 #include <cstdio>
 
@@ -8,38 +10,6 @@ namespace tunelark {
 namespace {
 
 constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
-
-bool isContinuation(unsigned char c) { return (c & 0xC0) == 0x80; }
-
-// Length of the well-formed UTF-8 sequence that starts at text[i], or 0 when the byte there starts none
-// (stray continuation bytes, overlong forms, surrogates, code points above U+10FFFF, cut sequences).
-std::size_t validSequenceLength(std::string_view text, std::size_t i) {
-    const auto byte = [&](std::size_t k) { return static_cast<unsigned char>(text[i + k]); };
-    const unsigned char lead = byte(0);
-    if (lead < 0x80) return 1;
-    std::size_t length = 0;
-    unsigned char secondLow = 0x80;
-    unsigned char secondHigh = 0xBF;
-    if (lead >= 0xC2 && lead <= 0xDF) {
-        length = 2;
-    } else if (lead >= 0xE0 && lead <= 0xEF) {
-        length = 3;
-        if (lead == 0xE0) secondLow = 0xA0;
-        if (lead == 0xED) secondHigh = 0x9F;
-    } else if (lead >= 0xF0 && lead <= 0xF4) {
-        length = 4;
-        if (lead == 0xF0) secondLow = 0x90;
-        if (lead == 0xF4) secondHigh = 0x8F;
-    } else {
-        return 0;
-    }
-    if (i + length > text.size()) return 0;
-    if (byte(1) < secondLow || byte(1) > secondHigh) return 0;
-    for (std::size_t k = 2; k < length; ++k) {
-        if (!isContinuation(byte(k))) return 0;
-    }
-    return length;
-}
 
 void appendUnicodeEscape(std::string& out, unsigned code) {
     std::array<char, 8> buffer{};
@@ -81,7 +51,7 @@ std::string jsStringContent(std::string_view text) {
     std::string out;
     out.reserve(text.size() + text.size() / 8);
     for (std::size_t i = 0; i < text.size();) {
-        const std::size_t length = validSequenceLength(text, i);
+        const std::size_t length = utf8SequenceLength(text, i);
         if (length == 0) {
             out += kReplacementCharacter;
             ++i;
