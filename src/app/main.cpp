@@ -1,6 +1,8 @@
 #include "app/Application.h"
 #include "desktop/CommandLine.h"
 #include "main_window/PageResources.h"
+#include "platform/Localized.h"
+#include "platform/TextCatalog.h"
 #include "platform/glib/GObjectHandles.h"
 
 #include <glib.h>
@@ -70,11 +72,15 @@ std::vector<std::string> toolkitArguments(const char* program, const std::vector
 }  // namespace
 
 int main(int argc, char** argv) {
+    std::error_code error;
+    auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error && argc > 0) executable = argv[0];
+    tunelark::setUpTranslations(executable);
     const std::vector<std::string> given(argv + std::min(argc, 1), argv + argc);
     const auto command = tunelark::parseCommandLine(given);
     switch (command.action) {
     case tunelark::CommandLine::Action::Help:
-        std::fputs(tunelark::kTunelarkUsage, stdout);
+        std::fputs(tunelark::localized(tunelark::kTunelarkUsage).c_str(), stdout);
         return 0;
     case tunelark::CommandLine::Action::Version:
         std::printf("%s\n", tunelark::versionText().c_str());
@@ -85,9 +91,6 @@ int main(int argc, char** argv) {
     case tunelark::CommandLine::Action::Run:
         break;
     }
-    std::error_code error;
-    auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error && argc > 0) executable = argv[0];
     const auto search = tunelark::findPageResources(executable);
     if (!search.found) {
         std::fprintf(stderr, "%s\n", search.failureMessage().c_str());

@@ -1,12 +1,14 @@
 #include "desktop/CommandLine.h"
 
+#include "platform/Localized.h"
+
 #ifndef TUNELARK_VERSION
 #define TUNELARK_VERSION "unknown"
 #endif
 
 namespace tunelark {
 
-const char* const kTunelarkUsage =
+const char* const kTunelarkUsage = catalogued(
     "Usage: tunelark [FILE...]\n"
     "Plays MP3 files with synchronised LRC lyrics.\n"
     "\n"
@@ -17,7 +19,7 @@ const char* const kTunelarkUsage =
     "  --version  print the version\n"
     "\n"
     "Environment: GDK_BACKEND chooses the display system (x11 unless set; on Wayland desktops the\n"
-    "floating lyrics window needs X11 to stay above other windows).\n";
+    "floating lyrics window needs X11 to stay above other windows).\n");
 
 std::string versionText() { return std::string("tunelark ") + TUNELARK_VERSION; }
 

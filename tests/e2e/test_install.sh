@@ -35,6 +35,21 @@ for program in tunelark tunelark-lrc; do
     eval '((status == 2)) && [[ $(wc -l <"$work/e") == 1 ]] && grep -q -- --no-such-option "$work/e" && test ! -s "$work/o"'
 done
 
+# The manual pages and the catalogues: the installed programs find theirs under the prefix.
+for program in tunelark tunelark-lrc; do
+  check "man $program is installed and reads" eval 'man -l "$prefix/share/man/man1/$program.1" 2>/dev/null |
+    grep -q "^NAME" && ! groff -man -ww -z "$prefix/share/man/man1/$program.1" 2>&1 | grep -q .'
+done
+for language in zh_CN zh_TW ja; do
+  check "the $language catalogue is installed" test -s "$prefix/share/locale/$language/LC_MESSAGES/tunelark.mo"
+done
+run env LANGUAGE=ja "$prefix/bin/tunelark" --help
+check "tunelark --help in Japanese from the prefix" eval '((status == 0)) && grep -q "^使い方: tunelark " "$work/o"'
+run env LANGUAGE=zh_TW LANG=C.UTF-8 "$prefix/bin/tunelark-lrc" --help
+check "tunelark-lrc --help in Traditional Chinese from the prefix" eval '((status == 0)) && grep -q "^用法：tunelark-lrc " "$work/o"'
+run env LC_ALL=C LANGUAGE=ja "$prefix/bin/tunelark" --help
+check "LC_ALL=C keeps the English help" grep -q "^Usage: tunelark " "$work/o"
+
 cd / || exit 1
 exe=$prefix/bin/tunelark
 start_to_page && pass "the installed player shows its page from the prefix"
@@ -52,6 +67,11 @@ depends=", $(dpkg-deb -f "$deb" Depends),"
 for needed in libgtk-3-0 libwebkit2gtk-4.1-0 libgstreamer1.0-0 libpulse0 libsqlite3-0 gstreamer1.0-plugins-base \
   gstreamer1.0-plugins-good gstreamer1.0-pulseaudio; do
   check "the package depends on $needed" eval '[[ $depends =~ ,\ $needed[\ ,] ]]'
+done
+contents=$(dpkg-deb -c "$deb")
+for file in share/man/man1/tunelark.1 share/man/man1/tunelark-lrc.1 share/locale/zh_CN/LC_MESSAGES/tunelark.mo \
+  share/locale/zh_TW/LC_MESSAGES/tunelark.mo share/locale/ja/LC_MESSAGES/tunelark.mo share/tunelark/www/lang/ja.json; do
+  check "the package holds /usr/$file" grep -q " \./usr/$file\$" <<<"$contents"
 done
 DEBIAN_FRONTEND=noninteractive quietly "${apt[@]}" install "$deb" || give_up "apt-get install"
 check "apt-get installed it on the PATH" eval 'installed && [[ $(command -v tunelark) == /usr/bin/tunelark ]]'

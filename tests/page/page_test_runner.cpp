@@ -106,6 +106,8 @@ int main(int argc, char** argv) {
     view = WEBKIT_WEB_VIEW(webkit_web_view_new_with_user_content_manager(manager));
     webkit_settings_set_hardware_acceleration_policy(webkit_web_view_get_settings(view),
                                                      WEBKIT_HARDWARE_ACCELERATION_POLICY_NEVER);
+    // The page reads its language catalogues with fetch, which a page from a file may do only when allowed.
+    webkit_settings_set_allow_file_access_from_file_urls(webkit_web_view_get_settings(view), TRUE);
     g_signal_connect(view, "decide-policy", G_CALLBACK(onDecidePolicy), nullptr);
     GtkWidget* window = gtk_window_new(GTK_WINDOW_TOPLEVEL);
     gtk_window_set_default_size(GTK_WINDOW(window), 1200, 600);

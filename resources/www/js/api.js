@@ -57,7 +57,7 @@ function setPlayList(mp3Json, lrcJson) {
     lyrics = Tunelark.parseList(lrcJson === undefined ? '[]' : lrcJson, 'the lyric list');
   } catch (error) {
     Tunelark.log('setPlayList: ' + error.message);
-    Tunelark.alert('The play list could not be shown: ' + error.message);
+    Tunelark.alert(Tunelark.t('The play list could not be shown: {0}', error.message));
     return;
   }
   state.items = audio.map(Tunelark.audioRecord);

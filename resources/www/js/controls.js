@@ -67,14 +67,14 @@ Tunelark.Controls = class {
     const { isPlaying, playingPath } = this.state;
     document.body.classList.toggle('is-playing', isPlaying);
     this.el.playIcon.innerHTML = isPlaying ? this.icons.pause : this.icons.play;
-    this.el.play.setAttribute('aria-label', isPlaying ? 'Pause' : 'Play');
-    this.el.playState.textContent = isPlaying ? 'Now playing' : playingPath ? 'Paused' : 'Not playing';
+    this.el.play.setAttribute('aria-label', Tunelark.t(isPlaying ? 'Pause' : 'Play'));
+    this.el.playState.textContent = Tunelark.t(isPlaying ? 'Now playing' : playingPath ? 'Paused' : 'Not playing');
     this.playList.patchRow(this.state.playingIndex);
   }
 
   showMainFileName() {
     const name = this.state.mainFileName;
-    this.el.nowTitle.textContent = name || 'Nothing playing';
+    this.el.nowTitle.textContent = name || Tunelark.t('Nothing playing');
     this.el.nowTitle.classList.toggle('idle', !name);
   }
 
@@ -92,9 +92,10 @@ Tunelark.Controls = class {
     const { items, playingIndex, lyricsByMain } = this.state;
     const item = items[playingIndex];
     const lyric = item && lyricsByMain.get(item.mainPathFileName);
-    this.el.nowLyrics.textContent = lyric ? lyric.fileName + ' · ' + lyric.charset : 'None';
+    this.el.nowLyrics.textContent = lyric ? lyric.fileName + ' · ' + lyric.charset : Tunelark.t('None');
     this.el.nowPosition.textContent = item
-      ? (playingIndex + 1).toLocaleString('en-US') + ' of ' + items.length.toLocaleString('en-US') : 'None';
+      ? Tunelark.t('{0} of {1}', (playingIndex + 1).toLocaleString('en-US'), items.length.toLocaleString('en-US'))
+      : Tunelark.t('None');
   }
 
   showMode() {
@@ -104,11 +105,12 @@ Tunelark.Controls = class {
       sequence: ['Sequence', 'sequence', 'stops after the last track'],
     };
     const mode = this.state.mode;
-    const [label, icon, meaning] = modes[mode] || [mode, 'cycle', ''];
+    const t = Tunelark.t;
+    const [label, icon, meaning] = (modes[mode] || [mode, 'cycle', '']).map((text) => t(text));
     this.el.modeText.textContent = label;
     this.el.modeIcon.innerHTML = Tunelark.icons.svg(icon);
-    this.el.mode.setAttribute('aria-label', 'Play mode: ' + mode + '. Change the play mode');
-    this.el.mode.title = meaning ? label + ': ' + meaning : label;
+    this.el.mode.setAttribute('aria-label', t('Play mode: {0}. Change the play mode', t(mode)));
+    this.el.mode.title = meaning ? t('{0}: {1}', label, meaning) : label;
   }
 
   showSpeed() {
@@ -118,7 +120,8 @@ Tunelark.Controls = class {
   showLyricsSwitches() {
     const { lyricsOn, rows } = this.state;
     this.el.lyricsToggle.setAttribute('aria-checked', String(lyricsOn));
-    this.el.lyricsToggle.setAttribute('aria-label', lyricsOn ? 'Hide the lyrics window' : 'Show the lyrics window');
+    this.el.lyricsToggle.setAttribute('aria-label',
+      Tunelark.t(lyricsOn ? 'Hide the lyrics window' : 'Show the lyrics window'));
     this.el.rowsOne.setAttribute('aria-pressed', String(rows === 'oneRow'));
     this.el.rowsTwo.setAttribute('aria-pressed', String(rows === 'towRows'));
   }
@@ -126,8 +129,10 @@ Tunelark.Controls = class {
   showItemCount() {
     const count = this.state.items.length;
     this.el.clear.disabled = count === 0;
-    this.el.clearText.textContent = (count === 1 ? 'The track' : 'All ' + count.toLocaleString('en-US') + ' tracks') +
-      ' and their lyric files are taken off the list. The files stay on disk.';
+    this.el.clearText.textContent = count === 1
+      ? Tunelark.t('The track and their lyric files are taken off the list. The files stay on disk.')
+      : Tunelark.t('All {0} tracks and their lyric files are taken off the list. The files stay on disk.',
+        count.toLocaleString('en-US'));
   }
 
   bindWindowBar() {

@@ -54,10 +54,15 @@ window.addEventListener('error', (e) => {
 document.addEventListener('contextmenu', (e) => e.preventDefault());
 
 document.addEventListener('DOMContentLoaded', () => {
-  try {
-    Tunelark.start();
-  } finally {
-    // Even a page that failed to start must let the window appear.
-    Tunelark.post('showWindow', '');
-  }
+  const language = Tunelark.requestedLanguage();
+  Tunelark.useLanguage(language).catch((error) => {
+    Tunelark.log('the page stays in English: ' + error.message);
+  }).finally(() => {
+    try {
+      Tunelark.start();
+    } finally {
+      // Even a page that failed to start must let the window appear.
+      Tunelark.post('showWindow', '');
+    }
+  });
 });

@@ -32,8 +32,8 @@ Tunelark.PlayList = class {
   itemsChanged() {
     const count = this.state.items.length;
     if (this.state.selected >= count) this.state.selected = count - 1;
-    this.countEl.textContent = count === 0 ? 'No tracks'
-      : count.toLocaleString('en-US') + (count === 1 ? ' track' : ' tracks');
+    this.countEl.textContent = count === 0 ? Tunelark.t('No tracks')
+      : Tunelark.t(count === 1 ? '{0} track' : '{0} tracks', count.toLocaleString('en-US'));
     this.sizer.style.height = count * this.rowHeight + 'px';
     this.emptyEl.hidden = count > 0;
     this.viewport.hidden = count === 0;
@@ -77,17 +77,18 @@ Tunelark.PlayList = class {
       '<span class="row-no"><span class="num">' + (index + 1) + '</span><span class="now">' +
       this.icons.speaker + '</span></span>' +
       '<button type="button" class="row-play" data-action="play" tabindex="-1" aria-label="' +
-      this.playLabel(index) + name + '"><span class="i-play">' + this.icons.play +
+      this.playLabel(index, name) + '"><span class="i-play">' + this.icons.play +
       '</span><span class="i-pause">' + this.icons.pause + '</span></button>' +
       '<span class="row-title"><span class="row-name" title="' + esc(Tunelark.readablePath(item.filePath)) +
       '">' + name + '</span><span class="row-folder">' + esc(item.folder) + '</span></span>' +
       this.lyricHtml(state.lyricsByMain.get(item.mainPathFileName)) +
-      '<button type="button" class="row-remove" data-action="remove" tabindex="-1" aria-label="Remove ' +
-      name + '" title="Remove from the play list">' + this.icons.remove + '</button></div>';
+      '<button type="button" class="row-remove" data-action="remove" tabindex="-1" aria-label="' +
+      Tunelark.t('Remove {0}', name) + '" title="' + Tunelark.t('Remove from the play list') + '">' +
+      this.icons.remove + '</button></div>';
   }
 
   lyricHtml(lyric) {
-    if (!lyric) return '<span class="row-lyric none">No lyric file</span>';
+    if (!lyric) return '<span class="row-lyric none">' + Tunelark.t('No lyric file') + '</span>';
     const esc = Tunelark.escapeHtml;
     const charset = esc(lyric.charset);
     const known = '<option value="' + charset + '">';
@@ -96,12 +97,12 @@ Tunelark.PlayList = class {
       : '<option value="' + charset + '" selected>' + charset + '</option>' + this.optionsHtml;
     return '<span class="row-lyric"><span class="lyric-icon">' + this.icons.lyric + '</span>' +
       '<span class="lyric-name" title="' + esc(Tunelark.readablePath(lyric.filePath)) + '">' +
-      esc(lyric.fileName) + '</span><select class="charset" data-action="charset" aria-label="Encoding of ' +
-      esc(lyric.fileName) + '">' + options + '</select></span>';
+      esc(lyric.fileName) + '</span><select class="charset" data-action="charset" aria-label="' +
+      Tunelark.t('Encoding of {0}', esc(lyric.fileName)) + '">' + options + '</select></span>';
   }
 
-  playLabel(index) {
-    return index === this.state.playingIndex && this.state.isPlaying ? 'Pause ' : 'Play ';
+  playLabel(index, name) {
+    return Tunelark.t(index === this.state.playingIndex && this.state.isPlaying ? 'Pause {0}' : 'Play {0}', name);
   }
 
   rowElement(index) {
@@ -119,7 +120,7 @@ Tunelark.PlayList = class {
     if (playing) row.setAttribute('aria-current', 'true');
     else row.removeAttribute('aria-current');
     const button = row.querySelector('.row-play');
-    button.setAttribute('aria-label', this.playLabel(index) + this.state.items[index].name);
+    button.setAttribute('aria-label', this.playLabel(index, this.state.items[index].name));
   }
 
   select(index, reveal) {

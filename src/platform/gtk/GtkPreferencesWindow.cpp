@@ -1,5 +1,6 @@
 #include "platform/gtk/GtkPreferencesWindow.h"
 
+#include "platform/Localized.h"
 #include "platform/glib/GuardedCall.h"
 #include "platform/gtk/JoinApplication.h"
 
@@ -10,15 +11,15 @@ namespace {
 
 constexpr const char* kButtonKey = "tunelark-button";
 
-GtkWidget* leftLabel(const char* text) {
-    GtkWidget* label = gtk_label_new(text);
+GtkWidget* leftLabel(const std::string& text) {
+    GtkWidget* label = gtk_label_new(text.c_str());
     gtk_widget_set_halign(label, GTK_ALIGN_START);
     return label;
 }
 
-GtkWidget* sectionTitle(const char* text) {
+GtkWidget* sectionTitle(const std::string& text) {
     GtkWidget* label = gtk_label_new(nullptr);
-    gchar* markup = g_markup_printf_escaped("<b>%s</b>", text);
+    gchar* markup = g_markup_printf_escaped("<b>%s</b>", text.c_str());
     gtk_label_set_markup(GTK_LABEL(label), markup);
     g_free(markup);
     gtk_widget_set_halign(label, GTK_ALIGN_START);
@@ -45,7 +46,7 @@ GtkPreferencesWindow::~GtkPreferencesWindow() {
 void GtkPreferencesWindow::buildWindow(GtkWindow* parent) {
     window_ = gtk_window_new(GTK_WINDOW_TOPLEVEL);
     GtkWindow* window = GTK_WINDOW(window_);
-    gtk_window_set_title(window, "Preferences");
+    gtk_window_set_title(window, localized("Preferences").c_str());
     joinRunningApplication(window);
     gtk_window_set_resizable(window, FALSE);
     gtk_window_set_type_hint(window, GDK_WINDOW_TYPE_HINT_DIALOG);
@@ -62,12 +63,12 @@ void GtkPreferencesWindow::buildWindow(GtkWindow* parent) {
     gtk_grid_set_row_spacing(g, 10);
     gtk_grid_set_column_spacing(g, 10);
     g_object_set(grid, "margin", 20, nullptr);
-    gtk_grid_attach(g, sectionTitle("Lyrics window"), 0, 0, 5, 1);
-    makeSizeRow(g, 1, "One-row font size", SizeField::OneRow, Button::OneRowDefault, Button::OneRowReset);
-    makeSizeRow(g, 2, "Two-rows font size", SizeField::TwoRows, Button::TwoRowsDefault, Button::TwoRowsReset);
+    gtk_grid_attach(g, sectionTitle(localized("Lyrics window")), 0, 0, 5, 1);
+    makeSizeRow(g, 1, localized("One-row font size"), SizeField::OneRow, Button::OneRowDefault, Button::OneRowReset);
+    makeSizeRow(g, 2, localized("Two-rows font size"), SizeField::TwoRows, Button::TwoRowsDefault, Button::TwoRowsReset);
     makeColorRow(g, 3);
 
-    checkBox_ = gtk_check_button_new_with_label("Keep the grey background behind the lyrics");
+    checkBox_ = gtk_check_button_new_with_label(localized("Keep the grey background behind the lyrics").c_str());
     g_signal_connect(checkBox_, "toggled", G_CALLBACK(onToggled), this);
     gtk_grid_attach(g, checkBox_, 0, 4, 5, 1);
 
@@ -75,8 +76,8 @@ void GtkPreferencesWindow::buildWindow(GtkWindow* parent) {
     GtkWidget* buttons = gtk_button_box_new(GTK_ORIENTATION_HORIZONTAL);
     gtk_button_box_set_layout(GTK_BUTTON_BOX(buttons), GTK_BUTTONBOX_END);
     gtk_box_set_spacing(GTK_BOX(buttons), 8);
-    gtk_container_add(GTK_CONTAINER(buttons), makeButton("Cancel", Button::Cancel));
-    GtkWidget* confirm = makeButton("Confirm", Button::Confirm);
+    gtk_container_add(GTK_CONTAINER(buttons), makeButton(localized("Cancel"), Button::Cancel));
+    GtkWidget* confirm = makeButton(localized("Confirm"), Button::Confirm);
     gtk_style_context_add_class(gtk_widget_get_style_context(confirm), GTK_STYLE_CLASS_SUGGESTED_ACTION);
     gtk_container_add(GTK_CONTAINER(buttons), confirm);
     gtk_grid_attach(g, buttons, 0, 6, 5, 1);
@@ -84,7 +85,7 @@ void GtkPreferencesWindow::buildWindow(GtkWindow* parent) {
     gtk_widget_show_all(grid);
 }
 
-GtkWidget* GtkPreferencesWindow::makeSizeRow(GtkGrid* grid, int row, const char* title, SizeField field,
+GtkWidget* GtkPreferencesWindow::makeSizeRow(GtkGrid* grid, int row, const std::string& title, SizeField field,
                                              Button byDefault, Button reset) {
     GtkWidget* widget = gtk_entry_new();
     gtk_entry_set_width_chars(GTK_ENTRY(widget), 7);
@@ -95,27 +96,27 @@ GtkWidget* GtkPreferencesWindow::makeSizeRow(GtkGrid* grid, int row, const char*
     gtk_grid_attach(grid, leftLabel(title), 0, row, 1, 1);
     gtk_grid_attach(grid, widget, 1, row, 1, 1);
     gtk_grid_attach(grid, leftLabel("pt"), 2, row, 1, 1);
-    gtk_grid_attach(grid, makeButton("Reset", reset), 3, row, 1, 1);
-    gtk_grid_attach(grid, makeButton("Default", byDefault), 4, row, 1, 1);
+    gtk_grid_attach(grid, makeButton(localized("Reset"), reset), 3, row, 1, 1);
+    gtk_grid_attach(grid, makeButton(localized("Default"), byDefault), 4, row, 1, 1);
     return widget;
 }
 
 void GtkPreferencesWindow::makeColorRow(GtkGrid* grid, int row) {
     GtkWidget* well = gtk_button_new();
-    gtk_widget_set_tooltip_text(well, "Choose the colour of the lyrics");
+    gtk_widget_set_tooltip_text(well, localized("Choose the colour of the lyrics").c_str());
     swatch_ = gtk_drawing_area_new();
     gtk_widget_set_size_request(swatch_, 56, 18);
     g_signal_connect(swatch_, "draw", G_CALLBACK(onDrawSwatch), this);
     gtk_container_add(GTK_CONTAINER(well), swatch_);
     g_signal_connect(well, "clicked", G_CALLBACK(onWellClicked), this);
-    gtk_grid_attach(grid, leftLabel("Text colour"), 0, row, 1, 1);
+    gtk_grid_attach(grid, leftLabel(localized("Text colour")), 0, row, 1, 1);
     gtk_grid_attach(grid, well, 1, row, 2, 1);
-    gtk_grid_attach(grid, makeButton("Reset", Button::ColorReset), 3, row, 1, 1);
-    gtk_grid_attach(grid, makeButton("Default", Button::ColorDefault), 4, row, 1, 1);
+    gtk_grid_attach(grid, makeButton(localized("Reset"), Button::ColorReset), 3, row, 1, 1);
+    gtk_grid_attach(grid, makeButton(localized("Default"), Button::ColorDefault), 4, row, 1, 1);
 }
 
-GtkWidget* GtkPreferencesWindow::makeButton(const char* title, Button which) {
-    GtkWidget* button = gtk_button_new_with_label(title);
+GtkWidget* GtkPreferencesWindow::makeButton(const std::string& title, Button which) {
+    GtkWidget* button = gtk_button_new_with_label(title.c_str());
     g_object_set_data(G_OBJECT(button), kButtonKey, GINT_TO_POINTER(int(which) + 1));
     g_signal_connect(button, "clicked", G_CALLBACK(onButtonClicked), this);
     return button;
@@ -187,7 +188,7 @@ void GtkPreferencesWindow::destroyWidgets() {
 
 void GtkPreferencesWindow::openColorPanel() {
     if (panel_ == nullptr) {
-        panel_ = gtk_color_chooser_dialog_new("Lyrics colour", GTK_WINDOW(window_));
+        panel_ = gtk_color_chooser_dialog_new(localized("Lyrics colour").c_str(), GTK_WINDOW(window_));
         gtk_color_chooser_set_use_alpha(GTK_COLOR_CHOOSER(panel_), FALSE);
         g_signal_connect(panel_, "notify::rgba", G_CALLBACK(onPanelColor), this);
         g_signal_connect(panel_, "response", G_CALLBACK(onPanelResponse), this);

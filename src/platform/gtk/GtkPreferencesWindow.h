@@ -49,8 +49,9 @@ private:
     Entry& entry(SizeField field) { return entries_[field == SizeField::OneRow ? 0 : 1]; }
     const Entry& entry(SizeField field) const { return entries_[field == SizeField::OneRow ? 0 : 1]; }
     void buildWindow(GtkWindow* parent);
-    GtkWidget* makeSizeRow(GtkGrid* grid, int row, const char* title, SizeField field, Button byDefault, Button reset);
-    GtkWidget* makeButton(const char* title, Button which);
+    GtkWidget* makeSizeRow(GtkGrid* grid, int row, const std::string& title, SizeField field, Button byDefault,
+                           Button reset);
+    GtkWidget* makeButton(const std::string& title, Button which);
     void makeColorRow(GtkGrid* grid, int row);
     void openColorPanel();
     void press(Button which);

@@ -1,5 +1,6 @@
 #include "platform/gtk/WkWebViewWithMouseEvent.h"
 
+#include "platform/TextCatalog.h"
 #include "platform/glib/GuardedCall.h"
 
 #include <gtk/gtk.h>
@@ -147,7 +148,12 @@ bool WkWebViewWithMouseEvent::moveWhenDragged(StartMove startMove) {
     return true;
 }
 
-void WkWebViewWithMouseEvent::loadPage() { webkit_web_view_load_uri(view_.get(), kPageUri); }
+// The page reads its texts' language from the address; English needs none.
+void WkWebViewWithMouseEvent::loadPage() {
+    const std::string& language = uiLanguage();
+    const std::string uri = language == "en" ? std::string(kPageUri) : std::string(kPageUri) + "?lang=" + language;
+    webkit_web_view_load_uri(view_.get(), uri.c_str());
+}
 
 void WkWebViewWithMouseEvent::evaluate(const std::string& script) {
     g_log(kLogDomain, G_LOG_LEVEL_DEBUG, "%s", script.c_str());

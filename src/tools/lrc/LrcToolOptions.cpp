@@ -1,12 +1,13 @@
 #include "tools/lrc/LrcToolOptions.h"
 
+#include "platform/Localized.h"
 #include "platform/WholeNumber.h"
 
 #include <string_view>
 
 namespace tunelark {
 
-const char* const kLrcToolUsage =
+const char* const kLrcToolUsage = catalogued(
     "Usage: tunelark-lrc [--charset NAME] [--language LANG] [--json] FILE [SECONDS...]\n"
     "       tunelark-lrc --detect [--json] FILE\n"
     "       tunelark-lrc --list [--json]\n"
@@ -23,7 +24,7 @@ const char* const kLrcToolUsage =
     "  --help           print this text\n"
     "  --version        print the version\n"
     "\n"
-    "Exit status: 0 done; 1 FILE missing or unreadable; 2 FILE does not decode, or a usage error.\n";
+    "Exit status: 0 done; 1 FILE missing or unreadable; 2 FILE does not decode, or a usage error.\n");
 
 namespace {
 

@@ -2,6 +2,8 @@
 #include "engine/lyrics/CharsetEnum.h"
 #include "engine/lyrics/LrcTimeline.h"
 #include "engine/lyrics/PreferredLanguage.h"
+#include "platform/Localized.h"
+#include "platform/TextCatalog.h"
 #include "tools/lrc/LrcToolOptions.h"
 #include "tools/lrc/LrcToolReport.h"
 
@@ -10,6 +12,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -118,7 +121,7 @@ int list(const LrcToolOptions& options, ResultOutput& out) {
 int run(const LrcToolOptions& options, ResultOutput& out) {
     switch (options.mode) {
     case LrcToolOptions::Mode::Help:
-        out.write(kLrcToolUsage);
+        out.write(localized(kLrcToolUsage));
         return 0;
     case LrcToolOptions::Mode::Version:
         out.write(std::string(kVersion) + "\n");
@@ -138,6 +141,10 @@ int run(const LrcToolOptions& options, ResultOutput& out) {
 
 int main(int argc, char** argv) {
     using namespace tunelark;
+    std::error_code error;
+    auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error && argc > 0) executable = argv[0];
+    setUpTranslations(executable, false);
     ResultOutput out;
     if (!out.ready()) {
         complain(std::string("cannot set up standard output: ") + std::strerror(errno));

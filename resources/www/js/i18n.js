@@ -1,0 +1,49 @@
+'use strict';
+// The page's texts in the user's language. The native side names the language in the page's address
+// (index.html?lang=zh_CN), and lang/<name>.json maps each English text to its translation; without a
+// language, and for a text the catalogue lacks, the page shows the English text.
+
+Tunelark.catalogue = {};
+
+// The language names the native side sends, and the tag each sets on the page so that fonts follow it.
+Tunelark.LANGUAGE_TAGS = { zh_CN: 'zh-Hans', zh_TW: 'zh-Hant', ja: 'ja' };
+
+// The text in the page's language; "{0}", "{1}"... stand for the values after it.
+Tunelark.t = function (english, ...values) {
+  const own = Object.prototype.hasOwnProperty.call(Tunelark.catalogue, english);
+  const text = own ? Tunelark.catalogue[english] : english;
+  return values.length ? text.replace(/\{(\d)\}/g, (whole, i) => String(values[Number(i)])) : text;
+};
+
+Tunelark.requestedLanguage = function () {
+  const name = new URLSearchParams(window.location.search).get('lang');
+  return name && Object.prototype.hasOwnProperty.call(Tunelark.LANGUAGE_TAGS, name) ? name : 'en';
+};
+
+// The texts written in the page itself: text nodes, and the titles and names that tooltips and screen
+// readers give.
+Tunelark.translateDocument = function (root) {
+  const walker = document.createTreeWalker(root, NodeFilter.SHOW_TEXT);
+  for (let node = walker.nextNode(); node; node = walker.nextNode()) {
+    const text = node.data.trim();
+    if (text) node.data = node.data.replace(text, Tunelark.t(text));
+  }
+  for (const element of root.querySelectorAll('[title], [aria-label]')) {
+    for (const name of ['title', 'aria-label']) {
+      const text = element.getAttribute(name);
+      if (text) element.setAttribute(name, Tunelark.t(text));
+    }
+  }
+};
+
+// Loads the catalogue of a language and shows the page's own texts in it; English needs nothing.
+Tunelark.useLanguage = async function (name) {
+  if (name === 'en') return;
+  const response = await fetch('lang/' + name + '.json');
+  if (!response.ok) throw new Error('no catalogue for ' + name);
+  const catalogue = await response.json();
+  if (catalogue === null || typeof catalogue !== 'object') throw new Error('the catalogue of ' + name + ' is no map');
+  Tunelark.catalogue = catalogue;
+  document.documentElement.lang = Tunelark.LANGUAGE_TAGS[name];
+  Tunelark.translateDocument(document.body);
+};
