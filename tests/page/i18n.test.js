@@ -5,7 +5,7 @@ const T = TunelarkTest;
 
 const LANGUAGES = ['zh_CN', 'zh_TW', 'ja'];
 // Left as written in every language: the program's name, file formats, and the test's files and encodings.
-const KEPT = /Tunelark|MP3|LRC|Morning Light|Harbour Song|Night Train|file:\/\/\/music|\/music|utf8|GB18030|big5|KOI8_U|lrc/g;
+const KEPT = /Tunelark|MP3|LRC|Morning Light|Harbour Song|Night Train|file:\/\/\/music|\/music|utf8|GB18030|big5|KOI8_U/gi;
 
 const catalogue = (name) => fetch('lang/' + name + '.json').then((response) => response.json());
 
@@ -43,8 +43,8 @@ async function visitStates(check) {
   setIsPlaying(false);
   setLyricsSwitches(false, 'oneRow');
   check('paused');
-  setPlayList(JSON.stringify([mp3s[0]]), '[]');
-  check('one track');
+  setPlayList(JSON.stringify([mp3s[1]]), '[]');
+  check('one track, playing');
 }
 
 T.test('the catalogues hold the same texts, each translated', async () => {
@@ -67,7 +67,10 @@ for (const name of LANGUAGES) {
     T.eq(document.documentElement.lang, Tunelark.LANGUAGE_TAGS[name], 'the page language');
     const map = await catalogue(name);
     T.eq(T.text('#add-button'), map['Add files'], 'the add button');
-    await visitStates((state) => T.eq(englishLeft(), [], state));
+    await visitStates((state) => {
+      T.eq(englishLeft(), [], state);
+      T.ok(document.querySelector('#mode-icon svg'), state + ': the play mode keeps its icon');
+    });
     T.eq(T.text('#now-position'), map['{0} of {1}'].replace('{0}', '1').replace('{1}', '1'), 'place in list');
   });
 }

@@ -106,11 +106,12 @@ Tunelark.Controls = class {
     };
     const mode = this.state.mode;
     const t = Tunelark.t;
-    const [label, icon, meaning] = (modes[mode] || [mode, 'cycle', '']).map((text) => t(text));
+    const [english, icon, meaning] = modes[mode] || [mode, 'cycle', ''];
+    const label = t(english);
     this.el.modeText.textContent = label;
     this.el.modeIcon.innerHTML = Tunelark.icons.svg(icon);
     this.el.mode.setAttribute('aria-label', t('Play mode: {0}. Change the play mode', t(mode)));
-    this.el.mode.title = meaning ? t('{0}: {1}', label, meaning) : label;
+    this.el.mode.title = meaning ? t('{0}: {1}', label, t(meaning)) : label;
   }
 
   showSpeed() {
