@@ -33,13 +33,11 @@ for case in "zh_CN chi_sim 播放列表 列表循环 首选项 首选项" "ja jp
   check "$language: the page's heading reads $heading" within 10 reads "$heading" "$model" "${HEADING[@]}"
   check "$language: the play mode reads $mode" within 5 reads "$mode" "$model" "${MODE_TEXT[@]}"
   shot "$artifacts/language_${language}_main.png"
-  check "$language: the page says nothing of staying in English" not grep -q "stays in English" "$out"
 
   click_main "${MENU_BUTTON[@]}"
-  sleep 0.5
-  shot "$artifacts/language_${language}_menu.png"
   # The menu opens below its button, towards the window's left; dark text on a light ground.
   check "$language: the menu has $entry" within 5 reads "$entry" "$model" 240x200 850 40 dark
+  shot "$artifacts/language_${language}_menu.png"
   xdotool key Escape
 
   xdotool key ctrl+comma
