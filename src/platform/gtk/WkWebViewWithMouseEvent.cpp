@@ -155,6 +155,22 @@ void WkWebViewWithMouseEvent::evaluate(const std::string& script) {
                                         nullptr, nullptr, nullptr, nullptr);
 }
 
+void WkWebViewWithMouseEvent::UnrefStyleSheet::operator()(WebKitUserStyleSheet* sheet) const noexcept {
+    webkit_user_style_sheet_unref(sheet);
+}
+
+void WkWebViewWithMouseEvent::setStyleOverride(const std::string& css) {
+    if (styleOverride_) {
+        webkit_user_content_manager_remove_style_sheet(contentManager_.get(), styleOverride_.get());
+        styleOverride_.reset();
+    }
+    if (css.empty()) return;
+    // As the page's author would write it, so its rules take part in the page's cascade.
+    styleOverride_.reset(webkit_user_style_sheet_new(css.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+                                                     WEBKIT_USER_STYLE_LEVEL_AUTHOR, nullptr, nullptr));
+    webkit_user_content_manager_add_style_sheet(contentManager_.get(), styleOverride_.get());
+}
+
 void WkWebViewWithMouseEvent::registerHandler(const std::string& name,
                                               std::function<void(const std::string&)> handler) {
     auto& entry = handlers_[name];
