@@ -43,10 +43,11 @@ std::string readLightStyle(const PageFolder& folder) {
 }
 
 ColorSchemeFollower::ColorSchemeFollower(DesktopLook& desktop, PageView& page, std::string lightStyle)
-    : desktop_(desktop), page_(page), lightStyle_(std::move(lightStyle)) {
-    // Also at start: the default theme's header bar is light, the page's own look dark.
-    desktop_.setToolkitDark(true);
-    apply(chooseColorScheme(desktop_.appearance()));
+    : desktop_(desktop), page_(page), lightStyle_(std::move(lightStyle)),
+      scheme_(chooseColorScheme(desktop_.appearance())) {
+    // Also when dark: the default theme's header bar is light, while the page's own look is dark.
+    desktop_.setToolkitDark(scheme_ == ColorScheme::dark);
+    if (scheme_ == ColorScheme::light) page_.setStyleOverride(lightStyle_);
     desktop_.setOnChanged([this] { apply(chooseColorScheme(desktop_.appearance())); });
 }
 

@@ -14,7 +14,7 @@ start_portal() { # [COLOR-SCHEME]
   "$build/tests/tl-fake-portal" "$@" >"$work/portal.out" 2>&1 &
   portal_pid=$!
   helpers+=("$portal_pid")
-  within 5 grep -qx ready "$work/portal.out" || give_up "the fake portal did not start: $(cat "$work/portal.out")"
+  within 5 grep -qxs ready "$work/portal.out" || give_up "the fake portal did not start: $(cat "$work/portal.out")"
 }
 stop_portal() { kill "$portal_pid" 2>/dev/null; wait "$portal_pid" 2>/dev/null; }
 set_scheme() {

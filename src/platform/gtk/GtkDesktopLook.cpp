@@ -69,6 +69,7 @@ struct GtkDesktopLookCalls {
 
     static void settingChanged(GDBusConnection*, const gchar*, const gchar*, const gchar*, const gchar*,
                                GVariant* parameters, gpointer data) noexcept {
+        if (!g_variant_is_of_type(parameters, G_VARIANT_TYPE("(ssv)"))) return;
         const gchar* space = nullptr;
         const gchar* key = nullptr;
         GVariant* value = nullptr;

@@ -57,6 +57,10 @@ GObjectPtr<WebKitWebView> newView(WebKitWebContext* context, WebKitUserContentMa
 }  // namespace
 
 struct WkWebViewWithMouseEventSignals {
+    static void loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer data) noexcept {
+        if (event == WEBKIT_LOAD_FINISHED) static_cast<WkWebViewWithMouseEvent*>(data)->reapplyStyleOverride();
+    }
+
     static gboolean buttonPressed(GtkWidget*, GdkEvent* event, gpointer data) noexcept {
         if (event->type == GDK_BUTTON_PRESS) {
             guardedCall("button press", [&] {
@@ -106,6 +110,7 @@ void WkWebViewWithMouseEvent::connectSignals() {
     connections_.emplace_back(view, "button-press-event", G_CALLBACK(&S::buttonPressed), this);
     connections_.emplace_back(view, "button-release-event", G_CALLBACK(&S::buttonReleased), this);
     connections_.emplace_back(view, "motion-notify-event", G_CALLBACK(&S::pointerMoved), this);
+    connections_.emplace_back(view, "load-changed", G_CALLBACK(&S::loadChanged), this);
 }
 
 WkWebViewWithMouseEvent::WkWebViewWithMouseEvent(Callbacks callbacks)
@@ -168,6 +173,14 @@ void WkWebViewWithMouseEvent::setStyleOverride(const std::string& css) {
     // As the page's author would write it, so its rules take part in the page's cascade.
     styleOverride_.reset(webkit_user_style_sheet_new(css.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
                                                      WEBKIT_USER_STYLE_LEVEL_AUTHOR, nullptr, nullptr));
+    webkit_user_content_manager_add_style_sheet(contentManager_.get(), styleOverride_.get());
+}
+
+// Once seen: a sheet added while the page's process was starting never reached that page, under load.
+// Given again once the page has loaded, it is there for sure; can go when that race is fixed in WebKit.
+void WkWebViewWithMouseEvent::reapplyStyleOverride() {
+    if (!styleOverride_) return;
+    webkit_user_content_manager_remove_style_sheet(contentManager_.get(), styleOverride_.get());
     webkit_user_content_manager_add_style_sheet(contentManager_.get(), styleOverride_.get());
 }
 

@@ -77,6 +77,7 @@ private:
     friend struct WkWebViewWithMouseEventSignals;
     struct Handler;
     void connectSignals();
+    void reapplyStyleOverride();
 
     GObjectPtr<WebKitWebContext> context_;
     PageScheme scheme_;

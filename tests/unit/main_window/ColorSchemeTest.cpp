@@ -74,7 +74,7 @@ TEST_F(ColorSchemeFollowerTest, ALightDesktopGetsLightWindowsAndTheLightPalette)
     desktop.current = portal(2);
     ColorSchemeFollower follower(desktop, page, lightStyle);
     EXPECT_EQ(follower.scheme(), light);
-    EXPECT_EQ(desktop.toolkitDark.back(), false);
+    EXPECT_EQ(desktop.toolkitDark, std::vector<bool>{false});
     EXPECT_EQ(page.styleOverrides, std::vector<std::string>{lightStyle});
 }
 
