@@ -1,13 +1,17 @@
 # The desktop's files (application entry, icon, AppStream data) and the Debian package made by cpack.
 
-# AppStream wants a web address for the screenshot; set it to where the published picture lies.
+# AppStream wants a web address for the screenshot; set it to where resources/desktop/main-window.png,
+# which is installed beside the program's page, is published. Its size goes into the data as it is.
 set(TUNELARK_SCREENSHOT_URL "https://example.org/tunelark/screenshots/main-window.png"
     CACHE STRING "Web address of the main window's screenshot named in the AppStream data")
+set(TUNELARK_SCREENSHOT_WIDTH 1200)
+set(TUNELARK_SCREENSHOT_HEIGHT 600)
 configure_file(${CMAKE_SOURCE_DIR}/resources/desktop/org.tunelark.Tunelark.metainfo.xml.in
                ${CMAKE_BINARY_DIR}/desktop/org.tunelark.Tunelark.metainfo.xml @ONLY)
 install(FILES resources/desktop/org.tunelark.Tunelark.desktop DESTINATION share/applications)
 install(FILES resources/desktop/org.tunelark.Tunelark.svg DESTINATION share/icons/hicolor/scalable/apps)
 install(FILES ${CMAKE_BINARY_DIR}/desktop/org.tunelark.Tunelark.metainfo.xml DESTINATION share/metainfo)
+install(FILES resources/desktop/main-window.png DESTINATION share/tunelark/screenshots)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME tunelark)

@@ -36,6 +36,7 @@ Application::Application(GtkApplication* application, const PageResources& resou
           [this] { navigation_.navigationFinished(); },
           [this](const std::string& reason) { mainWC_.pageProcessEnded(reason); }}),
       window_(application, webView_),
+      colorScheme_(desktopLook_, webView_, readLightStyle(pageFolder_)),
       dialogs_([this] { return window_.gtkWindow(); }),
       navigation_(webView_, urlOpener_, readQueriesSchemes(resources.appInfo.string())),
       mainVC_(queue_, &webView_, pageState_),

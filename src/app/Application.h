@@ -10,6 +10,7 @@
 #include "library/PlayListEditor.h"
 #include "library/store/Store.h"
 #include "lyrics_window/LyricsWindowSwitch.h"
+#include "main_window/ColorScheme.h"
 #include "main_window/MainWC.h"
 #include "main_window/NavigationPolicy.h"
 #include "main_window/PageFolder.h"
@@ -20,6 +21,7 @@
 #include "platform/gstreamer/GstAudioPlayerFactory.h"
 #include "platform/gtk/DesktopClipboard.h"
 #include "platform/gtk/DesktopUrlOpener.h"
+#include "platform/gtk/GtkDesktopLook.h"
 #include "platform/gtk/GdkScreens.h"
 #include "platform/gtk/GtkAppMenu.h"
 #include "platform/gtk/GtkDialogs.h"
@@ -72,6 +74,8 @@ private:
     PageFolder pageFolder_;
     WkWebViewWithMouseEvent webView_;
     GtkMainWindow window_;
+    GtkDesktopLook desktopLook_;
+    ColorSchemeFollower colorScheme_;
     GtkDialogs dialogs_;
     NavigationPolicy navigation_;
     PageState pageState_;

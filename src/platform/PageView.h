@@ -18,6 +18,8 @@ public:
     // ("null" when the page passed nothing). Handlers run on the main thread, one message at a time.
     // A name binds once: a second handler for it is refused with a console line, the first one stays.
     bool bindMessage(const std::string& name, MessageHandler handler);
+    // A style sheet applied over the page's own, in this page and every later load; empty for none.
+    virtual void setStyleOverride(const std::string& css) = 0;
 
 protected:
     // For implementers: binds a name with the page. Called by bindMessage only, once per name.

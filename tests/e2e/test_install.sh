@@ -15,6 +15,12 @@ check "the entry opens MP3 files with the player" eval 'grep -qx "MimeType=audio
   grep -qx "Exec=tunelark %F" "$desktop"'
 check "appstreamcli validate passes" quietly appstreamcli validate --no-net "$prefix/share/metainfo/org.tunelark.Tunelark.metainfo.xml"
 check "the icon is installed" test -s "$prefix/share/icons/hicolor/scalable/apps/org.tunelark.Tunelark.svg"
+# The screenshot the AppStream data names: installed, of the size it states, small enough for a catalogue.
+image=$(sed -n 's|^.*<image type="source" width="\([0-9]*\)" height="\([0-9]*\)">.*/\([^/<]*\)</image>.*$|\1x\2 \3|p' \
+  "$prefix/share/metainfo/org.tunelark.Tunelark.metainfo.xml")
+picture=$prefix/share/tunelark/screenshots/${image#* }
+check "the screenshot ${image#* } is installed as a PNG of ${image% *} under 150 KB" eval '[[ -n $image ]] &&
+  [[ $(identify -format "%m %wx%h" "$picture" 2>/dev/null) == "PNG ${image% *}" ]] && (($(stat -c %s "$picture") < 150000))'
 
 # --help, -h and --version succeed without a display or a bus; an unknown option ends with status 2.
 version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")

@@ -61,6 +61,15 @@ Tunelark.Controls = class {
     const text = Tunelark.timeText(this.state.duration);
     if (this.durationNode.data !== text) this.durationNode.data = text;
     this.el.slider.disabled = text === '--:--';
+    this.describeSlider();
+  }
+
+  // What a screen reader says for the slider. Not on the clock's tick, which must stay cheap: when the
+  // slider takes focus, when the user moves it, and when the track changes.
+  describeSlider() {
+    const duration = this.durationNode.data;
+    const text = duration === '--:--' ? 'No track' : this.currentNode.data + ' of ' + duration;
+    this.el.slider.setAttribute('aria-valuetext', text);
   }
 
   showPlaying() {
@@ -121,8 +130,6 @@ Tunelark.Controls = class {
   showLyricsSwitches() {
     const { lyricsOn, rows } = this.state;
     this.el.lyricsToggle.setAttribute('aria-checked', String(lyricsOn));
-    this.el.lyricsToggle.setAttribute('aria-label',
-      Tunelark.t(lyricsOn ? 'Hide the lyrics window' : 'Show the lyrics window'));
     this.el.rowsOne.setAttribute('aria-pressed', String(rows === 'oneRow'));
     this.el.rowsTwo.setAttribute('aria-pressed', String(rows === 'towRows'));
   }
@@ -174,6 +181,7 @@ Tunelark.Controls = class {
   bindSlider() {
     const slider = this.el.slider;
     const begin = () => { this.seeking = true; };
+    slider.addEventListener('focus', () => this.describeSlider());
     slider.addEventListener('pointerdown', begin);
     slider.addEventListener('mousedown', begin);
     slider.addEventListener('input', () => {
@@ -183,6 +191,7 @@ Tunelark.Controls = class {
         this.shownCurrent = Tunelark.formatTime(total * slider.valueAsNumber / 10000);
         this.currentNode.data = this.shownCurrent;
       }
+      this.describeSlider();
     });
     slider.addEventListener('change', () => {
       this.seeking = false;

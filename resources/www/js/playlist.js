@@ -35,6 +35,7 @@ Tunelark.PlayList = class {
     this.countEl.textContent = count === 0 ? Tunelark.t('No tracks')
       : Tunelark.t(count === 1 ? '{0} track' : '{0} tracks', count.toLocaleString('en-US'));
     this.sizer.style.height = count * this.rowHeight + 'px';
+    this.viewport.setAttribute('aria-rowcount', String(count));
     this.emptyEl.hidden = count > 0;
     this.viewport.hidden = count === 0;
     this.columnsEl.hidden = count === 0;
@@ -62,6 +63,14 @@ Tunelark.PlayList = class {
     for (let i = first; i < last; i++) html += this.rowHtml(this.state.items[i], i);
     this.rowsEl.innerHTML = html;
     this.rowsEl.style.transform = 'translateY(' + first * this.rowHeight + 'px)';
+    this.showActiveRow();
+  }
+
+  // Screen readers follow the selection through the list's active descendant; focus stays on the list.
+  showActiveRow() {
+    const row = this.rowElement(this.state.selected);
+    if (row) this.viewport.setAttribute('aria-activedescendant', row.id);
+    else this.viewport.removeAttribute('aria-activedescendant');
   }
 
   rowHtml(item, index) {
@@ -72,30 +81,32 @@ Tunelark.PlayList = class {
     let cls = 'row';
     if (playing) cls += ' playing';
     if (index === state.selected) cls += ' selected';
-    return '<div class="' + cls + '" role="listitem" draggable="true" id="row-' + index + '" data-index="' +
-      index + '"' + (playing ? ' aria-current="true"' : '') + '>' +
-      '<span class="row-no"><span class="num">' + (index + 1) + '</span><span class="now">' +
+    return '<div class="' + cls + '" role="row" aria-rowindex="' + (index + 1) + '" aria-selected="' +
+      (index === state.selected) + '" aria-label="' + name + '" draggable="true" id="row-' + index +
+      '" data-index="' + index + '"' + (playing ? ' aria-current="true"' : '') + '>' +
+      '<span class="row-no" role="gridcell"><span class="num">' + (index + 1) + '</span><span class="now">' +
       this.icons.speaker + '</span></span>' +
-      '<button type="button" class="row-play" data-action="play" tabindex="-1" aria-label="' +
-      this.playLabel(index, name) + '"><span class="i-play">' + this.icons.play +
-      '</span><span class="i-pause">' + this.icons.pause + '</span></button>' +
-      '<span class="row-title"><span class="row-name" title="' + esc(Tunelark.readablePath(item.filePath)) +
-      '">' + name + '</span><span class="row-folder">' + esc(item.folder) + '</span></span>' +
+      '<span class="cell" role="gridcell"><button type="button" class="row-play" data-action="play" tabindex="-1" ' +
+      'aria-label="' + this.playLabel(index, name) + '"><span class="i-play">' + this.icons.play +
+      '</span><span class="i-pause">' + this.icons.pause + '</span></button></span>' +
+      '<span class="row-title" role="gridcell"><span class="row-name" title="' +
+      esc(Tunelark.readablePath(item.filePath)) + '">' + name + '</span><span class="row-folder">' +
+      esc(item.folder) + '</span></span>' +
       this.lyricHtml(state.lyricsByMain.get(item.mainPathFileName)) +
-      '<button type="button" class="row-remove" data-action="remove" tabindex="-1" aria-label="' +
-      Tunelark.t('Remove {0}', name) + '" title="' + Tunelark.t('Remove from the play list') + '">' +
-      this.icons.remove + '</button></div>';
+      '<span class="cell" role="gridcell"><button type="button" class="row-remove" data-action="remove" ' +
+      'tabindex="-1" aria-label="' + Tunelark.t('Remove {0}', name) + '" title="' +
+      Tunelark.t('Remove from the play list') + '">' + this.icons.remove + '</button></span></div>';
   }
 
   lyricHtml(lyric) {
-    if (!lyric) return '<span class="row-lyric none">' + Tunelark.t('No lyric file') + '</span>';
+    if (!lyric) return '<span class="row-lyric none" role="gridcell">' + Tunelark.t('No lyric file') + '</span>';
     const esc = Tunelark.escapeHtml;
     const charset = esc(lyric.charset);
     const known = '<option value="' + charset + '">';
     const options = this.optionsHtml.includes(known)
       ? this.optionsHtml.replace(known, '<option value="' + charset + '" selected>')
       : '<option value="' + charset + '" selected>' + charset + '</option>' + this.optionsHtml;
-    return '<span class="row-lyric"><span class="lyric-icon">' + this.icons.lyric + '</span>' +
+    return '<span class="row-lyric" role="gridcell"><span class="lyric-icon">' + this.icons.lyric + '</span>' +
       '<span class="lyric-name" title="' + esc(Tunelark.readablePath(lyric.filePath)) + '">' +
       esc(lyric.fileName) + '</span><select class="charset" data-action="charset" aria-label="' +
       Tunelark.t('Encoding of {0}', esc(lyric.fileName)) + '">' + options + '</select></span>';
@@ -117,6 +128,7 @@ Tunelark.PlayList = class {
     const playing = index === this.state.playingIndex;
     row.classList.toggle('playing', playing);
     row.classList.toggle('selected', index === this.state.selected);
+    row.setAttribute('aria-selected', String(index === this.state.selected));
     if (playing) row.setAttribute('aria-current', 'true');
     else row.removeAttribute('aria-current');
     const button = row.querySelector('.row-play');
@@ -132,6 +144,7 @@ Tunelark.PlayList = class {
     this.patchRow(previous);
     if (reveal) this.reveal(next);
     this.patchRow(next);
+    this.showActiveRow();
   }
 
   reveal(index) {

@@ -58,6 +58,10 @@ GObjectPtr<WebKitWebView> newView(WebKitWebContext* context, WebKitUserContentMa
 }  // namespace
 
 struct WkWebViewWithMouseEventSignals {
+    static void loadChanged(WebKitWebView*, WebKitLoadEvent event, gpointer data) noexcept {
+        if (event == WEBKIT_LOAD_FINISHED) static_cast<WkWebViewWithMouseEvent*>(data)->reapplyStyleOverride();
+    }
+
     static gboolean buttonPressed(GtkWidget*, GdkEvent* event, gpointer data) noexcept {
         if (event->type == GDK_BUTTON_PRESS) {
             guardedCall("button press", [&] {
@@ -107,6 +111,7 @@ void WkWebViewWithMouseEvent::connectSignals() {
     connections_.emplace_back(view, "button-press-event", G_CALLBACK(&S::buttonPressed), this);
     connections_.emplace_back(view, "button-release-event", G_CALLBACK(&S::buttonReleased), this);
     connections_.emplace_back(view, "motion-notify-event", G_CALLBACK(&S::pointerMoved), this);
+    connections_.emplace_back(view, "load-changed", G_CALLBACK(&S::loadChanged), this);
 }
 
 WkWebViewWithMouseEvent::WkWebViewWithMouseEvent(Callbacks callbacks)
@@ -159,6 +164,30 @@ void WkWebViewWithMouseEvent::evaluate(const std::string& script) {
     g_log(kLogDomain, G_LOG_LEVEL_DEBUG, "%s", script.c_str());
     webkit_web_view_evaluate_javascript(view_.get(), script.data(), static_cast<gssize>(script.size()), nullptr,
                                         nullptr, nullptr, nullptr, nullptr);
+}
+
+void WkWebViewWithMouseEvent::UnrefStyleSheet::operator()(WebKitUserStyleSheet* sheet) const noexcept {
+    webkit_user_style_sheet_unref(sheet);
+}
+
+void WkWebViewWithMouseEvent::setStyleOverride(const std::string& css) {
+    if (styleOverride_) {
+        webkit_user_content_manager_remove_style_sheet(contentManager_.get(), styleOverride_.get());
+        styleOverride_.reset();
+    }
+    if (css.empty()) return;
+    // As the page's author would write it, so its rules take part in the page's cascade.
+    styleOverride_.reset(webkit_user_style_sheet_new(css.c_str(), WEBKIT_USER_CONTENT_INJECT_TOP_FRAME,
+                                                     WEBKIT_USER_STYLE_LEVEL_AUTHOR, nullptr, nullptr));
+    webkit_user_content_manager_add_style_sheet(contentManager_.get(), styleOverride_.get());
+}
+
+// Once seen: a sheet added while the page's process was starting never reached that page, under load.
+// Given again once the page has loaded, it is there for sure; can go when that race is fixed in WebKit.
+void WkWebViewWithMouseEvent::reapplyStyleOverride() {
+    if (!styleOverride_) return;
+    webkit_user_content_manager_remove_style_sheet(contentManager_.get(), styleOverride_.get());
+    webkit_user_content_manager_add_style_sheet(contentManager_.get(), styleOverride_.get());
 }
 
 void WkWebViewWithMouseEvent::registerHandler(const std::string& name,

@@ -16,6 +16,7 @@ typedef struct _GtkWidget GtkWidget;
 typedef struct _WebKitWebView WebKitWebView;
 typedef struct _WebKitWebContext WebKitWebContext;
 typedef struct _WebKitUserContentManager WebKitUserContentManager;
+typedef struct _WebKitUserStyleSheet WebKitUserStyleSheet;
 typedef union _GdkEvent GdkEvent;
 
 namespace tunelark {
@@ -60,6 +61,7 @@ public:
 
     void evaluate(const std::string& script) override;
     void registerHandler(const std::string& name, std::function<void(const std::string& bodyJson)> handler) override;
+    void setStyleOverride(const std::string& css) override;
 
     void loadPage();
     GtkWidget* widget() const;
@@ -75,6 +77,7 @@ private:
     friend struct WkWebViewWithMouseEventSignals;
     struct Handler;
     void connectSignals();
+    void reapplyStyleOverride();
 
     GObjectPtr<WebKitWebContext> context_;
     PageScheme scheme_;
@@ -89,6 +92,10 @@ private:
         StartMove startMove;
     } pressDrag_;
     std::map<std::string, std::unique_ptr<Handler>> handlers_;
+    struct UnrefStyleSheet {
+        void operator()(WebKitUserStyleSheet* sheet) const noexcept;
+    };
+    std::unique_ptr<WebKitUserStyleSheet, UnrefStyleSheet> styleOverride_;
     std::vector<SignalConnection> connections_;
 };
 
