@@ -75,7 +75,8 @@ std::optional<std::string> CoverCache::store(const TagPicture& picture) const {
     if (!extension) return std::nullopt;
     const std::filesystem::path file = folder_ / (digest(picture.bytes) + "." + *extension);
     std::error_code error;
-    if (std::filesystem::file_size(file, error) == picture.bytes.size() && !error) return fileUrlFromPath(file.string());
+    const auto size = std::filesystem::file_size(file, error);
+    if (!error && size == picture.bytes.size()) return fileUrlFromPath(file.string());
     std::filesystem::create_directories(folder_, error);
     // Written aside and renamed, so that a reader never sees half a picture under the final name.
     const std::filesystem::path part = file.string() + ".part";

@@ -29,7 +29,7 @@ const TagPicture* coverPicture(const std::vector<TagPicture>& pictures);
 std::optional<std::string> imageExtension(const TagPicture& picture);
 
 // Cover art as files in one folder, named by a digest of their bytes, so each picture is written once
-// however many tracks carry it.
+// however many tracks carry it; that one write is small enough for the main thread.
 class CoverCache {
 public:
     explicit CoverCache(std::filesystem::path folder) : folder_(std::move(folder)) {}

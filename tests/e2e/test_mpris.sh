@@ -69,7 +69,8 @@ pc open "$(url_of "$work/music/tagged.mp3")"
 check "a tagged track's title comes from its tag, CJK intact" within 10 title_is '夜の歌'
 check "its artist, album and track number too" eval '[[ $(pc metadata xesam:artist) == "Artist Ä" &&
   $(pc metadata xesam:album) == "唱片 Album" && $(pc metadata xesam:trackNumber) == 7 ]]'
-check "the tags are announced with PropertiesChanged" within 5 grep -qF "'xesam:album': <'唱片 Album'>" "$work/monitor"
+check "the tags are announced with PropertiesChanged" within 5 \
+  grep -qF "'xesam:album': <'唱片 Album'>" "$work/monitor"
 art=$(pc metadata mpris:artUrl)
 check "its cover is a file in the cache folder" eval '[[ $art == "file://$work/cache/tunelark/covers/"*.png ]] &&
   cmp -s "${art#file://}" "$work/cover.png"'

@@ -81,8 +81,8 @@ TEST_F(TagReaderIntegrationTest, TheTagsOfAFileTaggedByLameArriveOnTheMainLoopWi
     const std::string cover = png(16, 0xCC2233FF);
     ASSERT_FALSE(cover.empty());
     writeAll(dir.file("cover.png"), cover);
-    const std::string path = song("tagged song.mp3", "--id3v2-utf16 --tt '夜の歌' --ta 'アーティスト' --tl 'Album ü' "
-                                                      "--tn 5 --ti '" + dir.file("cover.png") + "'");
+    const std::string path = song("tagged song.mp3", "--id3v2-utf16 --tt '夜の歌' --ta 'アーティスト' "
+                                                      "--tl 'Album ü' --tn 5 --ti '" + dir.file("cover.png") + "'");
     std::optional<TrackTags> answer;
     std::thread::id answeredOn;
     reader.read(path, [&](TrackTags tags) {

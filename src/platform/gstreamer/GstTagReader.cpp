@@ -45,6 +45,25 @@ struct StreamListRelease {
 };
 using StreamListPtr = std::unique_ptr<GList, StreamListRelease>;
 
+// A buffer's bytes, readable while this lives.
+class BufferMap {
+public:
+    explicit BufferMap(GstBuffer* buffer)
+        : buffer_(buffer), mapped_(buffer && gst_buffer_map(buffer, &map_, GST_MAP_READ)) {}
+    BufferMap(const BufferMap&) = delete;
+    BufferMap& operator=(const BufferMap&) = delete;
+    ~BufferMap() {
+        if (mapped_) gst_buffer_unmap(buffer_, &map_);
+    }
+    explicit operator bool() const { return mapped_; }
+    std::string bytes() const { return std::string(reinterpret_cast<const char*>(map_.data), map_.size); }
+
+private:
+    GstBuffer* buffer_;
+    GstMapInfo map_{};
+    bool mapped_;
+};
+
 // A finished read on its way to the main context.
 struct Answer {
     std::shared_ptr<Shared> shared;
@@ -73,12 +92,10 @@ void addPictures(const GstTagList* tags, const char* tag, TagPicture::Kind kind,
         GstSample* raw = nullptr;
         if (!gst_tag_list_get_sample_index(tags, tag, i, &raw) || !raw) continue;
         SamplePtr sample(raw);
-        GstBuffer* buffer = gst_sample_get_buffer(sample.get());
-        GstMapInfo map;
-        if (!buffer || !gst_buffer_map(buffer, &map, GST_MAP_READ)) continue;
+        const BufferMap map(gst_sample_get_buffer(sample.get()));
+        if (!map) continue;
         TagPicture picture;
-        picture.bytes.assign(reinterpret_cast<const char*>(map.data), map.size);
-        gst_buffer_unmap(buffer, &map);
+        picture.bytes = map.bytes();
         if (GstCaps* caps = gst_sample_get_caps(sample.get()); caps && gst_caps_get_size(caps) > 0) {
             picture.mimeType = gst_structure_get_name(gst_caps_get_structure(caps, 0));
         }
@@ -138,9 +155,17 @@ void work(const std::shared_ptr<Shared>& shared, std::chrono::milliseconds limit
             job = std::move(*shared->pending);
             shared->pending.reset();
         }
-        TrackTags tags = discoverer ? discover(discoverer.get(), job.path) : TrackTags{};
-        auto* answer = new Answer{shared, std::move(job.done), std::move(tags)};
-        g_idle_add_full(G_PRIORITY_DEFAULT, deliver, answer, dropAnswer);
+        // Nothing may escape the thread: a file that cannot be read (or a picture too large to copy) is
+        // answered with empty tags.
+        guardedCall("tag reading", [&] {
+            auto answer = std::make_unique<Answer>(Answer{shared, std::move(job.done), TrackTags{}});
+            try {
+                if (discoverer) answer->tags = discover(discoverer.get(), job.path);
+            } catch (const std::exception& e) {
+                g_log(kLogDomain, G_LOG_LEVEL_MESSAGE, "Cannot read the tags of %s: %s", job.path.c_str(), e.what());
+            }
+            g_idle_add_full(G_PRIORITY_DEFAULT, deliver, answer.release(), dropAnswer);
+        });
     }
 }
 
