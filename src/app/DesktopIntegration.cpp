@@ -2,12 +2,15 @@
 
 #include "desktop/MprisIntrospection.h"
 
+#include <glib.h>
+
 namespace tunelark {
 
 DesktopIntegration::DesktopIntegration(Deps deps)
     : players_(deps.players),
       files_(deps.queue, deps.page, deps.addFiles, deps.operations),
-      mediaPlayer_(MediaPlayer2::Deps{deps.queue, deps.engine, deps.page, deps.operations,
+      mediaPlayer_(MediaPlayer2::Deps{deps.queue, deps.engine, deps.page, deps.operations, tagReader_,
+                                      std::string(g_get_user_cache_dir()) + "/tunelark/covers",
                                       [this](std::vector<std::string> paths) { files_.open(std::move(paths)); },
                                       std::move(deps.raise), std::move(deps.quit)}),
       bus_(GDBusObjectServer::Export{kMprisBusName, kMprisObjectPath, mprisIntrospectionXml()}, mediaPlayer_),

@@ -7,6 +7,7 @@
 #include "library/AddFiles.h"
 #include "platform/MainQueue.h"
 #include "platform/gdbus/GDBusObjectServer.h"
+#include "platform/gstreamer/GstTagReader.h"
 #include "platform/gtk/FileDropTarget.h"
 
 #include <functional>
@@ -45,6 +46,7 @@ public:
 private:
     ObservedAudioPlayerFactory& players_;
     DesktopFiles files_;
+    GstTagReader tagReader_;
     MediaPlayer2 mediaPlayer_;
     GDBusObjectServer bus_;
     FileDropTarget drop_;

@@ -46,7 +46,10 @@ double rateAt(int speedIdx) { return static_cast<double>(rateForSpeedIdx(speedId
 }  // namespace
 
 MediaPlayer2::MediaPlayer2(Deps deps)
-    : deps_(std::move(deps)), reader_(deps_.engine, deps_.page), self_(std::make_shared<MediaPlayer2*>(this)) {}
+    : deps_(std::move(deps)),
+      tags_(deps_.tagReader, CoverCache(deps_.coverFolder), [this] { queueRefresh(); }),
+      reader_(deps_.engine, deps_.page, tags_),
+      self_(std::make_shared<MediaPlayer2*>(this)) {}
 
 void MediaPlayer2::setSignals(BusSignals* signals) {
     signals_ = signals;

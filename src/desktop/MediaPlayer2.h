@@ -4,6 +4,7 @@
 #include "engine/PlayerHolder.h"
 #include "platform/DesktopBus.h"
 #include "platform/MainQueue.h"
+#include "platform/TagReader.h"
 
 #include <chrono>
 #include <functional>
@@ -30,6 +31,8 @@ public:
         PlayerHolder& engine;
         const PageState& page;  // what the page shows: the play list, the current item and the mode
         const BridgeOperations& operations;  // the page's operations, as the program filled them
+        TagReader& tagReader;                // the tags of the tracks
+        std::string coverFolder;             // where cover art from the tags is written
         std::function<void(std::vector<std::string> paths)> openFiles;
         std::function<void()> raise;  // shows the main window, as a second launch does
         std::function<void()> quit;   // through the quit decision
@@ -79,6 +82,7 @@ private:
     void later(std::function<void(MediaPlayer2&)> task);
 
     Deps deps_;
+    CurrentTrackTags tags_;
     PlayerStateReader reader_;
     BusSignals* signals_ = nullptr;
     PlayerState announced_;

@@ -108,8 +108,9 @@ BusDict PlayerStateReader::metadata(PlayerUtil* engine) {
     const std::string fileName =
         place.entry && place.entry->fileName ? *place.entry->fileName : lastComponentDecoded(filePath);
     values["xesam:url"] = filePath;
-    // The name the page shows, without the console line that belongs to the start of the track.
-    values["xesam:title"] = withoutExtension(fileName);
+    // Without tags, the name the page shows, without the console line that belongs to the start of the
+    // track.
+    addTrackMetadata(values, withoutExtension(fileName), tags_.forTrack(filePath));
     if (auto seconds = duration()) {
         if (auto length = microseconds(*seconds)) values["mpris:length"] = *length;
     }

@@ -1,4 +1,5 @@
 #pragma once
+#include "desktop/TrackTagMetadata.h"
 #include "engine/PlayerHolder.h"
 #include "page/PageState.h"
 #include "platform/DesktopBus.h"
@@ -28,13 +29,16 @@ struct PlayerState {
     BusProperties changedSince(const PlayerState& before) const;
 };
 
-// Reads that state from the engine and the page state without creating the engine. Lyric texts above
-// kLongestLyricText are left out of the metadata. Main thread only, never while the timeline lock is held.
+// Reads that state from the engine and the page state without creating the engine, and the current
+// track's tags as far as they have arrived (reading them starts when a new track is first read). Lyric
+// texts above kLongestLyricText are left out of the metadata. Main thread only, never while the timeline
+// lock is held.
 class PlayerStateReader {
 public:
     static constexpr std::size_t kLongestLyricText = 1 << 20;
 
-    PlayerStateReader(PlayerHolder& engine, const PageState& page) : engine_(engine), page_(page) {}
+    PlayerStateReader(PlayerHolder& engine, const PageState& page, CurrentTrackTags& tags)
+        : engine_(engine), page_(page), tags_(tags) {}
 
     PlayerState read();
     // The engine, or nothing before its first use.
@@ -51,6 +55,7 @@ private:
 
     PlayerHolder& engine_;
     const PageState& page_;
+    CurrentTrackTags& tags_;
     std::string lyricText_;  // kept so that an unchanged text is compared, not copied
 };
 

@@ -14,11 +14,18 @@ struct BusObjectPath {
     bool operator==(const BusObjectPath&) const = default;
 };
 
+// A 32-bit integer ("i") where an interface asks for one; plain integers are sent as x.
+struct BusInt32 {
+    std::int32_t value = 0;
+    bool operator==(const BusInt32&) const = default;
+};
+
 using BusStrings = std::vector<std::string>;
-// The D-Bus values our objects exchange: b, x, d, s, o, as, and a{sv} whose values are any of those.
-using BusScalar = std::variant<bool, std::int64_t, double, std::string, BusObjectPath, BusStrings>;
+// The D-Bus values our objects exchange: b, x, d, s, o, as, i, and a{sv} whose values are any of those.
+using BusScalar = std::variant<bool, std::int64_t, double, std::string, BusObjectPath, BusStrings, BusInt32>;
 using BusDict = std::map<std::string, BusScalar>;
-using BusValue = std::variant<bool, std::int64_t, double, std::string, BusObjectPath, BusStrings, BusDict>;
+using BusValue =
+    std::variant<bool, std::int64_t, double, std::string, BusObjectPath, BusStrings, BusInt32, BusDict>;
 using BusProperties = std::map<std::string, BusValue>;
 
 // An error for the caller: a D-Bus error name (such as org.freedesktop.DBus.Error.InvalidArgs) and a text.

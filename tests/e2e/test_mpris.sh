@@ -13,6 +13,15 @@ title_is() { [[ $(pc metadata xesam:title) == "$1" ]]; }
 between() { awk -v v="$1" -v lo="$2" -v hi="$3" 'BEGIN { exit !(v >= lo && v < hi) }'; }
 make_song "$work/music" "Song One" 12
 for name in two three four; do make_song "$work/music" $name 10; done
+# A track tagged as a tagger writes it (ID3v2, UTF-16 texts, a PNG cover); the cache takes its cover.
+export XDG_CACHE_HOME=$work/cache
+python3 -c 'import struct, sys, zlib
+chunk = lambda kind, data: struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
+rows = b"".join(b"\0" + b"\x20\x60\xc0" * 8 for _ in range(8))
+open(sys.argv[1], "wb").write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", 8, 8, 8, 2, 0, 0, 0))
+                              + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))' "$work/cover.png"
+LC_ALL=C.UTF-8 lame --quiet -b 64 --id3v2-utf16 --tt '夜の歌' --ta 'Artist Ä' --tl '唱片 Album' --tn 7 \
+  --ti "$work/cover.png" "$work/tone.wav" "$work/music/tagged.mp3" || give_up "could not make tagged.mp3"
 one=$(url_of "$work/music/Song One.mp3") two=$(url_of "$work/music/two.mp3")
 cd "$work/music" || exit 1
 
@@ -55,6 +64,20 @@ check "PropertiesChanged announces PlaybackStatus and Metadata" eval "grep Prope
   grep -q PlaybackStatus && grep PropertiesChanged '$work/monitor' | grep -q Metadata"
 pc open "$(url_of "$work/music/three.mp3")"
 check "OpenUri adds and plays the file" within 10 title_is three
+mark=$(log_mark)
+pc open "$(url_of "$work/music/tagged.mp3")"
+check "a tagged track's title comes from its tag, CJK intact" within 10 title_is '夜の歌'
+check "its artist, album and track number too" eval '[[ $(pc metadata xesam:artist) == "Artist Ä" &&
+  $(pc metadata xesam:album) == "唱片 Album" && $(pc metadata xesam:trackNumber) == 7 ]]'
+check "the tags are announced with PropertiesChanged" within 5 \
+  grep -qF "'xesam:album': <'唱片 Album'>" "$work/monitor"
+art=$(pc metadata mpris:artUrl)
+check "its cover is a file in the cache folder" eval '[[ $art == "file://$work/cache/tunelark/covers/"*.png ]] &&
+  cmp -s "${art#file://}" "$work/cover.png"'
+check "the track number is sent as a 32-bit integer" eval "bus_call org.freedesktop.DBus.Properties.Get \
+  org.mpris.MediaPlayer2.Player Metadata | grep -qF \"'xesam:trackNumber': <7>\""
+check "the page still shows the file name" said_since "$mark" 'setMainFileName("tagged");'
+check "the page is told nothing of the tags" not eval 'calls_since "$mark" | grep -q "夜の歌\|Artist Ä"'
 check "an http URI is refused" not bus_call org.mpris.MediaPlayer2.Player.OpenUri http://example.invalid/a.mp3 2>/dev/null
 
 check "a second launch with a file ends with status 0" eval 'timeout 20 "$exe" "$work/music/four.mp3" >/dev/null 2>&1'

@@ -1,5 +1,6 @@
 #include "platform/gdbus/GDBusHandles.h"
 #include "platform/gdbus/GDBusObjectServer.h"
+#include "platform/gdbus/GVariantValues.h"
 #include "platform/glib/GObjectHandles.h"
 
 #include <gio/gio.h>
@@ -72,6 +73,13 @@ TEST(GDBusObjectServerTest, ErrorsGoBackByNameAndTextsAreMadeValidUtf8) {
     EXPECT_EQ(call(client.get(), kName, "Do", nullptr), "org.tunelark.Error.Refused");
     EXPECT_EQ(call(client.get(), "org.freedesktop.DBus.Properties", "Get", g_variant_new("(ss)", kName, "Text")),
               "(<'bad \xef\xbf\xbd byte and \xef\xbf\xbd nul'>,)");
+}
+
+// A number an interface declares as 32-bit reaches the bus as i; plain integers stay x.
+TEST(GVariantValuesTest, ThirtyTwoBitNumbersAreSentAsI) {
+    VariantPtr value = sinkVariant(toGVariant(BusDict{{"n", BusInt32{-7}}, {"x", std::int64_t{7}}}));
+    GCharPtr text(g_variant_print(value.get(), TRUE));
+    EXPECT_STREQ(text.get(), "{'n': <-7>, 'x': <int64 7>}");
 }
 
 }  // namespace

@@ -39,6 +39,8 @@ GVariant* scalarToGVariant(const Variant& value) {
                 return objectPath(v);
             } else if constexpr (std::is_same_v<T, BusStrings>) {
                 return stringList(v);
+            } else if constexpr (std::is_same_v<T, BusInt32>) {
+                return g_variant_new_int32(v.value);
             } else {
                 GVariantBuilder builder;
                 g_variant_builder_init(&builder, G_VARIANT_TYPE_VARDICT);

@@ -1,9 +1,6 @@
-#include "desktop/MediaPlayer2.h"
+#include "desktop/MediaPlayer2Fixture.h"
 #include "desktop/MprisIntrospection.h"
 #include "desktop/MprisValues.h"
-#include "desktop/ObservedAudioPlayer.h"
-#include "engine/EngineFixture.h"
-#include "fakes/FakeBusSignals.h"
 
 #include <gmock/gmock.h>
 
@@ -12,39 +9,6 @@
 
 namespace tunelark::test {
 namespace {
-
-const std::string kInvalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";
-
-// The interface over the real engine, wired as in the program; a.mp3 of a.mp3 and b.mp3 (200 s each) plays.
-class MediaPlayer2Test : public EngineFixture {
-protected:
-    MediaPlayer2Test() {
-        ops.changeMode = [this] { engine.player().changeMode(); };
-        ops.playNext = [this] { engine.player().playNext(); };
-        ops.setCurrentPercent = [this](double percent) { engine.player().seekPercent(percent); };
-        ops.speedUp = [this] { engine.player().speedUp(); };
-        ops.speedDown = [this] { engine.player().speedDown(); };
-        observed.setListener({[this] { mpris.positionSet(); }, [this] { mpris.transportChanged(); }});
-        addSong("a.mp3");
-        addSong("b.mp3");
-        engine.player().playItem(url("a.mp3"));
-        sent();
-        mpris.setSignals(&bus);
-    }
-    std::string url(const std::string& name) { return fileUrlFromPath(dir.file(name)); }
-    std::string call(const std::string& method, const std::vector<BusValue>& args) {
-        return mpris.callMethod(kMprisPlayerInterface, method, args).value_or(BusError{"none", ""}).name;
-    }
-    std::string set(const std::string& property, const BusValue& value) {
-        return mpris.writeProperty(kMprisPlayerInterface, property, value).value_or(BusError{"none", ""}).name;
-    }
-
-    ObservedAudioPlayerFactory observed{players};
-    PlayerHolder engine{PlayerDeps{queue, *view, store, dialogs, observed, device}};
-    BridgeOperations ops;
-    FakeBusSignals bus;
-    MediaPlayer2 mpris{MediaPlayer2::Deps{queue, engine, pageState, ops, [](auto) {}, [] {}, [] {}}};
-};
 
 TEST_F(MediaPlayer2Test, PlayModesReadAndSetAsLoopStatusAndShuffleThroughThePageModeChange) {
     const std::map<std::string, BusProperties> reads{{"cycle", {{"LoopStatus", "Playlist"}, {"Shuffle", false}}},
