@@ -68,7 +68,7 @@ Tunelark.Controls = class {
   // slider takes focus, when the user moves it, and when the track changes.
   describeSlider() {
     const duration = this.durationNode.data;
-    const text = duration === '--:--' ? 'No track' : this.currentNode.data + ' of ' + duration;
+    const text = duration === '--:--' ? Tunelark.t('No track') : Tunelark.tc('time', '{0} of {1}', this.currentNode.data, duration);
     this.el.slider.setAttribute('aria-valuetext', text);
   }
 

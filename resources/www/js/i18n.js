@@ -15,6 +15,14 @@ Tunelark.t = function (english, ...values) {
   return values.length ? text.replace(/\{(\d)\}/g, (whole, i) => String(values[Number(i)])) : text;
 };
 
+// The same for an English text that reads otherwise in another sense: the catalogue keys it as
+// "<context>|<text>" ("time|{0} of {1}", where "{0} of {1}" alone counts tracks).
+Tunelark.tc = function (context, english, ...values) {
+  const key = context + '|' + english;
+  if (!Object.prototype.hasOwnProperty.call(Tunelark.catalogue, key)) return Tunelark.t(english, ...values);
+  return Tunelark.catalogue[key].replace(/\{(\d)\}/g, (whole, i) => String(values[Number(i)]));
+};
+
 Tunelark.requestedLanguage = function () {
   const name = new URLSearchParams(window.location.search).get('lang');
   return name && Object.prototype.hasOwnProperty.call(Tunelark.LANGUAGE_TAGS, name) ? name : 'en';
