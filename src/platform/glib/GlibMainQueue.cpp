@@ -48,6 +48,7 @@ GlibMainQueue::~GlibMainQueue() {
 
 void GlibMainQueue::post(std::function<void()> task) {
     tasks_.push_back(std::move(task));
+    ++posted_;
     // Wakes the context when the post comes from outside a dispatch (before the loop polls again).
     g_main_context_wakeup(g_source_get_context(source_));
 }
