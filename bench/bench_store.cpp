@@ -18,7 +18,11 @@ constexpr int kEntries = 10000;
 // The bench runs the queued save itself, as the main loop would.
 class DrainedQueue : public MainQueue {
 public:
-    void post(std::function<void()> task) override { tasks_.push_back(std::move(task)); }
+    void post(std::function<void()> task) override {
+        tasks_.push_back(std::move(task));
+        ++posted_;
+    }
+    std::uint64_t postedCount() const override { return posted_; }
     std::unique_ptr<RepeatingTimer> startRepeating(std::chrono::milliseconds, std::function<void()>) override {
         return nullptr;
     }
@@ -32,6 +36,7 @@ public:
 
 private:
     std::deque<std::function<void()>> tasks_;
+    std::uint64_t posted_ = 0;
 };
 
 double millisecondsSince(Clock::time_point start) {

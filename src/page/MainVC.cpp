@@ -17,12 +17,23 @@ void MainVC::evaluate(const std::string& script) {
     if (wkWebView_ != nullptr) wkWebView_->evaluate(script);
 }
 
-void MainVC::post(std::function<std::string(const MainVC&)> buildScript) {
-    queue_.post([buildScript = std::move(buildScript)] {
+void MainVC::post(BuildScript buildScript) {
+    if (batch_ && !batch_->sent && queue_.postedCount() == batchPostedAs_) {
+        batch_->calls.push_back(std::move(buildScript));
+        return;
+    }
+    batch_ = std::make_shared<Batch>();
+    batch_->calls.push_back(std::move(buildScript));
+    queue_.post([batch = batch_] {
+        batch->sent = true;
         MainVC* view = MainVC::shared;
         if (view == nullptr || !view->hasPage()) return;
-        view->evaluate(buildScript(*view));
+        std::vector<std::string> scripts;
+        scripts.reserve(batch->calls.size());
+        for (const auto& build : batch->calls) scripts.push_back(build(*view));
+        view->wkWebView_->evaluateAll(scripts);
     });
+    batchPostedAs_ = queue_.postedCount();
 }
 
 void MainVC::setMode() {

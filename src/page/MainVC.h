@@ -5,8 +5,10 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tunelark {
 
@@ -29,7 +31,8 @@ public:
     bool hasPage() const { return wkWebView_ != nullptr; }
 
     // Page calls: each posts a task to the main queue that builds the script and evaluates it, so
-    // callers never wait. A call is dropped when there is no main view or web view by then.
+    // callers never wait. A call is dropped when there is no main view or web view by then. Calls made
+    // one after another with nothing else posted in between share one task and one evaluation, in order.
     void setMode();  // the play mode as it is when the script is built
     void setIsPlaying(bool playing);
     void setPlayingFilePath(const std::string& filePath);
@@ -53,9 +56,17 @@ public:
     MainQueue& queue() { return queue_; }
 
 private:
+    using BuildScript = std::function<std::string(const MainVC&)>;
+    struct Batch {
+        std::vector<BuildScript> calls;
+        bool sent = false;
+    };
     // The script is built from the main view found in the slot when the task runs.
-    void post(std::function<std::string(const MainVC&)> buildScript);
+    void post(BuildScript buildScript);
     MainQueue& queue_;
+    // The calls of the last task posted, open for more while that task is still the last one posted.
+    std::shared_ptr<Batch> batch_;
+    std::uint64_t batchPostedAs_ = 0;
     PageView* wkWebView_;  // not owned
     PageState& state_;
     // The last value of each page call that nothing else repeats (the position is sent on every tick).

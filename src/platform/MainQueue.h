@@ -1,5 +1,6 @@
 #pragma once
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 
@@ -18,6 +19,9 @@ class MainQueue {
 public:
     virtual ~MainQueue() = default;
     virtual void post(std::function<void()> task) = 0;
+    // How many tasks have been posted so far: unchanged between two reads means that nothing was posted
+    // in between, so a task that was the last one posted still is.
+    virtual std::uint64_t postedCount() const = 0;
     // The timer keeps firing while windows are dragged or modal dialogs run.
     virtual std::unique_ptr<RepeatingTimer> startRepeating(std::chrono::milliseconds interval,
                                                            std::function<void()> action) = 0;

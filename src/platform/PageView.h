@@ -2,6 +2,7 @@
 #include <functional>
 #include <set>
 #include <string>
+#include <vector>
 
 namespace tunelark {
 
@@ -13,6 +14,9 @@ public:
     virtual ~PageView() = default;
     // Runs a script in the page's main frame without waiting; its result and errors are dropped.
     virtual void evaluate(const std::string& script) = 0;
+    // Runs the scripts in order, as evaluate would one after another; a view may hand them to the page
+    // in one go. A script that throws does not keep the later ones from running.
+    virtual void evaluateAll(const std::vector<std::string>& scripts);
 
     // Binds a message name of window.webkit.messageHandlers; the handler gets the body as JSON text
     // ("null" when the page passed nothing). Handlers run on the main thread, one message at a time.

@@ -48,8 +48,11 @@ GlibMainQueue::~GlibMainQueue() {
 
 void GlibMainQueue::post(std::function<void()> task) {
     tasks_.push_back(std::move(task));
-    // Wakes the context when the post comes from outside a dispatch (before the loop polls again).
-    g_main_context_wakeup(g_source_get_context(source_));
+    ++posted_;
+    // Inside the loop's own turn the queue is looked at again before the loop next sleeps; the wake-up
+    // (a write, and one more turn) is for posts made while no loop of this thread holds the context.
+    GMainContext* context = g_source_get_context(source_);
+    if (!g_main_context_is_owner(context)) g_main_context_wakeup(context);
 }
 
 void GlibMainQueue::runBatch() {

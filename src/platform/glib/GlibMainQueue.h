@@ -18,6 +18,7 @@ public:
     GlibMainQueue& operator=(const GlibMainQueue&) = delete;
 
     void post(std::function<void()> task) override;
+    std::uint64_t postedCount() const override { return posted_; }
     std::unique_ptr<RepeatingTimer> startRepeating(std::chrono::milliseconds interval,
                                                    std::function<void()> action) override;
 
@@ -29,6 +30,7 @@ private:
     void runBatch();
 
     std::deque<std::function<void()>> tasks_;
+    std::uint64_t posted_ = 0;
     GSource* source_ = nullptr;
 };
 

@@ -19,6 +19,11 @@ namespace {
 constexpr guint kPlayFlagAudio = 1u << 1;
 constexpr guint kPlayFlagSoftVolume = 1u << 4;
 
+// The bus whose watch is running now. A bus takes one watch at a time, and a watch removed while it runs
+// is let go only after it returns: a pipeline left as spare from inside its own watch would get no watch
+// for its next track.
+GstBus* busInDispatch = nullptr;
+
 std::string errorText(GstMessage* message) {
     GError* error = nullptr;
     gchar* debug = nullptr;
@@ -95,19 +100,29 @@ double queryDuration(GstElement* pipeline) {
 
 }  // namespace
 
-std::unique_ptr<GstAudioPlayer> GstAudioPlayer::open(const std::string& path, std::chrono::milliseconds prerollLimit) {
+std::unique_ptr<GstAudioPlayer> GstAudioPlayer::open(const std::string& path, std::chrono::milliseconds prerollLimit,
+                                                     std::shared_ptr<std::optional<SparePipeline>> spare) {
     if (auto reason = notARegularFile(path)) {
         logCannotPlay(path, *reason);
         return nullptr;
     }
     auto uri = fileUri(path);
     if (!uri) return nullptr;
-    PipelinePtr pipeline = makePlaybin(*uri);
-    if (!pipeline) {
-        logCannotPlay(path, "playbin is missing");
-        return nullptr;
+    PipelinePtr pipeline;
+    BusPtr bus;
+    if (spare && *spare) {
+        pipeline = std::move((*spare)->pipeline);
+        bus = std::move((*spare)->bus);
+        spare->reset();
+        g_object_set(pipeline.get(), "uri", uri->c_str(), nullptr);
+    } else {
+        pipeline = makePlaybin(*uri);
+        if (!pipeline) {
+            logCannotPlay(path, "playbin is missing");
+            return nullptr;
+        }
+        bus.reset(gst_element_get_bus(pipeline.get()));
     }
-    BusPtr bus(gst_element_get_bus(pipeline.get()));
     if (auto reason = preroll(pipeline.get(), bus.get(), prerollLimit)) {
         logCannotPlay(path, *reason);
         return nullptr;
@@ -119,16 +134,40 @@ std::unique_ptr<GstAudioPlayer> GstAudioPlayer::open(const std::string& path, st
         return nullptr;
     }
     double duration = queryDuration(pipeline.get());
-    return std::unique_ptr<GstAudioPlayer>(new GstAudioPlayer(std::move(pipeline), std::move(bus), duration));
+    return std::unique_ptr<GstAudioPlayer>(
+        new GstAudioPlayer(std::move(pipeline), std::move(bus), duration, std::move(spare)));
 }
 
-GstAudioPlayer::GstAudioPlayer(PipelinePtr pipeline, BusPtr bus, double duration)
-    : pipeline_(std::move(pipeline)), bus_(std::move(bus)), duration_(duration) {
+GstAudioPlayer::GstAudioPlayer(PipelinePtr pipeline, BusPtr bus, double duration,
+                               std::weak_ptr<std::optional<SparePipeline>> spare)
+    : pipeline_(std::move(pipeline)), bus_(std::move(bus)), duration_(duration), spare_(std::move(spare)) {
     watch_ = BusWatch(bus_.get(), &GstAudioPlayer::onBusMessage, this);
 }
 
-gboolean GstAudioPlayer::onBusMessage(GstBus*, GstMessage* message, gpointer self) noexcept {
+GstAudioPlayer::~GstAudioPlayer() {
+    watch_.reset();
+    apply_.cancel();
+    auto spare = spare_.lock();
+    // A failed pipeline may be in any state; it goes down with its members.
+    if (!spare || spare->has_value() || failed_ || bus_.get() == busInDispatch) return;
+    if (gst_element_set_state(pipeline_.get(), GST_STATE_READY) == GST_STATE_CHANGE_FAILURE) return;
+    // What the bus still holds belongs to this track.
+    gst_bus_set_flushing(bus_.get(), TRUE);
+    gst_bus_set_flushing(bus_.get(), FALSE);
+    spare->emplace(SparePipeline{std::move(pipeline_), std::move(bus_)});
+}
+
+gboolean GstAudioPlayer::onIdle(gpointer self) noexcept {
+    auto* player = static_cast<GstAudioPlayer*>(self);
+    player->apply_.ran();
+    guardedCall("audio player changes", [&] { player->applyPending(); });
+    return G_SOURCE_REMOVE;
+}
+
+gboolean GstAudioPlayer::onBusMessage(GstBus* bus, GstMessage* message, gpointer self) noexcept {
+    GstBus* outer = std::exchange(busInDispatch, bus);
     guardedCall("audio player bus", [&] { static_cast<GstAudioPlayer*>(self)->handleMessage(message); });
+    busInDispatch = outer;
     // The watch may be gone by now (the end callback can destroy the player); GLib copes with that.
     return G_SOURCE_CONTINUE;
 }
@@ -136,7 +175,8 @@ gboolean GstAudioPlayer::onBusMessage(GstBus*, GstMessage* message, gpointer sel
 void GstAudioPlayer::handleMessage(GstMessage* message) {
     switch (GST_MESSAGE_TYPE(message)) {
     case GST_MESSAGE_EOS: {
-        if (ended_ || failed_) return;
+        // With a seek still to come, the end is the old segment's.
+        if (ended_ || failed_ || pendingSeek_) return;
         ended_ = true;
         playing_ = false;
         // A copy: the callback may destroy this player, and with it onEnd_. Nothing of ours is touched
@@ -168,24 +208,27 @@ bool GstAudioPlayer::play() {
         seekTo(0);
         ended_ = false;
     }
-    playing_ = gst_element_set_state(pipeline_.get(), GST_STATE_PLAYING) != GST_STATE_CHANGE_FAILURE;
-    return playing_;
+    // A pipeline that cannot play reports it on the bus, as an error.
+    setState(GST_STATE_PLAYING);
+    playing_ = true;
+    return true;
 }
 
 void GstAudioPlayer::pause() {
     position();  // remembered, for queries while the pipeline changes state
-    gst_element_set_state(pipeline_.get(), GST_STATE_PAUSED);
+    setState(GST_STATE_PAUSED);
     playing_ = false;
 }
 
 void GstAudioPlayer::stop() {
-    gst_element_set_state(pipeline_.get(), GST_STATE_PAUSED);
+    setState(GST_STATE_PAUSED);
     seekTo(0);
     playing_ = false;
     ended_ = false;
 }
 
 double GstAudioPlayer::position() const {
+    if (pendingSeek_) return *pendingSeek_;
     gint64 nanoseconds = 0;
     if (gst_element_query_position(pipeline_.get(), GST_FORMAT_TIME, &nanoseconds) && nanoseconds >= 0) {
         lastPosition_ = static_cast<double>(nanoseconds) / GST_SECOND;
@@ -230,14 +273,27 @@ void GstAudioPlayer::seekTo(double seconds) {
     // A time beyond what the clock can hold (a lyric time in a track of unknown length) seeks to the end.
     constexpr double kLatest = static_cast<double>(G_MAXINT64 / GST_SECOND);
     seconds = std::clamp(seconds, 0.0, kLatest);
-    auto target = static_cast<gint64>(seconds * GST_SECOND);
-    gst_element_seek(pipeline_.get(), appliedRate_, GST_FORMAT_TIME,
-                     static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), GST_SEEK_TYPE_SET,
-                     target, GST_SEEK_TYPE_NONE, static_cast<gint64>(GST_CLOCK_TIME_NONE));
+    pendingSeek_ = seconds;
     lastPosition_ = seconds;
-    // An end of stream still waiting on the bus belongs to the segment before the seek.
-    gst_bus_set_flushing(bus_.get(), TRUE);
-    gst_bus_set_flushing(bus_.get(), FALSE);
+    apply_.schedule(G_PRIORITY_HIGH_IDLE, &GstAudioPlayer::onIdle, this);
+}
+
+void GstAudioPlayer::setState(GstState state) {
+    pendingState_ = state;
+    apply_.schedule(G_PRIORITY_HIGH_IDLE, &GstAudioPlayer::onIdle, this);
+}
+
+void GstAudioPlayer::applyPending() {
+    if (auto seconds = std::exchange(pendingSeek_, std::nullopt)) {
+        gst_element_seek(pipeline_.get(), appliedRate_, GST_FORMAT_TIME,
+                         static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE), GST_SEEK_TYPE_SET,
+                         static_cast<gint64>(*seconds * GST_SECOND), GST_SEEK_TYPE_NONE,
+                         static_cast<gint64>(GST_CLOCK_TIME_NONE));
+        // An end of stream still waiting on the bus belongs to the segment before the seek.
+        gst_bus_set_flushing(bus_.get(), TRUE);
+        gst_bus_set_flushing(bus_.get(), FALSE);
+    }
+    if (auto state = std::exchange(pendingState_, std::nullopt)) gst_element_set_state(pipeline_.get(), *state);
 }
 
 }  // namespace tunelark

@@ -5,19 +5,26 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tunelark {
 
 // One track on a playbin whose audio filter keeps the pitch when the rate changes. Main thread only;
 // the bus is watched on GLib's default main context, so end of track needs a running main loop.
+// Position, rate and play state changes are asked for at once and reach the pipeline together when the
+// main loop has nothing more urgent: a burst of requests costs one seek and one state change, the last
+// ones asked for. Until then position() answers the position asked for.
 class GstAudioPlayer : public AudioPlayer {
 public:
     // Opens the file and waits (at most prerollLimit) until it is ready to play; nullptr when it cannot
     // be played: missing, empty, not a media file, no audio stream, or not ready in time.
-    static std::unique_ptr<GstAudioPlayer> open(const std::string& path, std::chrono::milliseconds prerollLimit);
+    // A pipeline left in `spare` is used instead of a new one, and this player's is left there when it
+    // goes (unless it failed).
+    static std::unique_ptr<GstAudioPlayer> open(const std::string& path, std::chrono::milliseconds prerollLimit,
+                                                std::shared_ptr<std::optional<SparePipeline>> spare = {});
 
-    ~GstAudioPlayer() override = default;
+    ~GstAudioPlayer() override;
     GstAudioPlayer(const GstAudioPlayer&) = delete;
     GstAudioPlayer& operator=(const GstAudioPlayer&) = delete;
 
@@ -36,11 +43,16 @@ public:
     void setOnError(std::function<void(const std::string&)> onError) override { onError_ = std::move(onError); }
 
 private:
-    GstAudioPlayer(PipelinePtr pipeline, BusPtr bus, double duration);
+    GstAudioPlayer(PipelinePtr pipeline, BusPtr bus, double duration,
+                   std::weak_ptr<std::optional<SparePipeline>> spare);
     static gboolean onBusMessage(GstBus* bus, GstMessage* message, gpointer self) noexcept;
+    static gboolean onIdle(gpointer self) noexcept;
     void handleMessage(GstMessage* message);
     void seekTo(double seconds);
+    void setState(GstState state);
     void applyRate(float rate);
+    // Hands the waiting seek and state change to the pipeline.
+    void applyPending();
 
     PipelinePtr pipeline_;
     BusPtr bus_;
@@ -54,6 +66,10 @@ private:
     float appliedRate_ = 1.0f;
     std::function<void()> onEnd_;
     std::function<void(const std::string&)> onError_;
+    std::optional<double> pendingSeek_;  // seconds, at appliedRate_
+    std::optional<GstState> pendingState_;
+    std::weak_ptr<std::optional<SparePipeline>> spare_;
+    IdleCall apply_;
     BusWatch watch_;  // last: removed first, so no callback reaches a half-destroyed player
 };
 

@@ -11,7 +11,7 @@ GstAudioPlayerFactory::GstAudioPlayerFactory(std::chrono::milliseconds prerollLi
 }
 
 std::unique_ptr<AudioPlayer> GstAudioPlayerFactory::open(const std::string& path) {
-    return GstAudioPlayer::open(path, prerollLimit_);
+    return GstAudioPlayer::open(path, prerollLimit_, spare_);
 }
 
 }  // namespace tunelark

@@ -1,8 +1,10 @@
 #pragma once
 #include "platform/AudioPlayer.h"
+#include "platform/gstreamer/GstHandles.h"
 
 #include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tunelark {
@@ -17,6 +19,8 @@ public:
 
 private:
     std::chrono::milliseconds prerollLimit_;
+    // Shared with the players, which leave their pipeline here when they go.
+    std::shared_ptr<std::optional<SparePipeline>> spare_ = std::make_shared<std::optional<SparePipeline>>();
 };
 
 }  // namespace tunelark

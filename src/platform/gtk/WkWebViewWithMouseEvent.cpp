@@ -190,6 +190,25 @@ void WkWebViewWithMouseEvent::reapplyStyleOverride() {
     webkit_user_content_manager_add_style_sheet(contentManager_.get(), styleOverride_.get());
 }
 
+// Every evaluation is a round trip to the page's process; the clock's two calls of a tick, and a burst of
+// calls from one main-loop turn, go as one. Each script keeps its own try so that one that throws does
+// not stop the rest, as separate evaluations would not.
+void WkWebViewWithMouseEvent::evaluateAll(const std::vector<std::string>& scripts) {
+    if (scripts.size() == 1) {
+        evaluate(scripts.front());
+        return;
+    }
+    std::string joined;
+    for (const auto& script : scripts) {
+        g_log(kLogDomain, G_LOG_LEVEL_DEBUG, "%s", script.c_str());
+        joined += "try{";
+        joined += script;
+        joined += "\n}catch(e){console.error(e)}";
+    }
+    webkit_web_view_evaluate_javascript(view_.get(), joined.data(), static_cast<gssize>(joined.size()), nullptr,
+                                        nullptr, nullptr, nullptr, nullptr);
+}
+
 void WkWebViewWithMouseEvent::registerHandler(const std::string& name,
                                               std::function<void(const std::string&)> handler) {
     auto& entry = handlers_[name];

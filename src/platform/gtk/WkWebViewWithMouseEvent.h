@@ -60,6 +60,8 @@ public:
     WkWebViewWithMouseEvent& operator=(const WkWebViewWithMouseEvent&) = delete;
 
     void evaluate(const std::string& script) override;
+    // One evaluation for all of them, each logged as evaluate logs it.
+    void evaluateAll(const std::vector<std::string>& scripts) override;
     void registerHandler(const std::string& name, std::function<void(const std::string& bodyJson)> handler) override;
     void setStyleOverride(const std::string& css) override;
 

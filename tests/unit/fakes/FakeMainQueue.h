@@ -10,7 +10,11 @@ namespace tunelark::test {
 // A main queue that the test drains and a clock the test moves.
 class FakeMainQueue : public MainQueue {
 public:
-    void post(std::function<void()> task) override { tasks_.push_back(std::move(task)); }
+    void post(std::function<void()> task) override {
+        tasks_.push_back(std::move(task));
+        ++posted_;
+    }
+    std::uint64_t postedCount() const override { return posted_; }
     std::unique_ptr<RepeatingTimer> startRepeating(std::chrono::milliseconds interval,
                                                    std::function<void()> action) override {
         timers_.push_back(std::make_shared<Timer>(Timer{interval, interval, std::move(action), true}));
@@ -53,6 +57,7 @@ private:
         std::shared_ptr<Timer> timer;
     };
     std::deque<std::function<void()>> tasks_;
+    std::uint64_t posted_ = 0;
     std::vector<std::shared_ptr<Timer>> timers_;
 };
 
