@@ -16,6 +16,7 @@
 #include "main_window/PageResources.h"
 #include "page/MainVC.h"
 #include "page/PageState.h"
+#include "platform/PosixFileTree.h"
 #include "platform/glib/GlibMainQueue.h"
 #include "platform/gstreamer/GstAudioPlayerFactory.h"
 #include "platform/gtk/DesktopClipboard.h"
@@ -23,6 +24,7 @@
 #include "platform/gtk/GdkScreens.h"
 #include "platform/gtk/GtkAppMenu.h"
 #include "platform/gtk/GtkDialogs.h"
+#include "platform/gtk/GtkHeaderProgress.h"
 #include "platform/gtk/GtkMainWindow.h"
 #include "platform/gtk/WkWebViewWithMouseEvent.h"
 #include "platform/pulse/PulseOutputDevice.h"
@@ -73,6 +75,8 @@ private:
     WkWebViewWithMouseEvent webView_;
     GtkMainWindow window_;
     GtkDialogs dialogs_;
+    PosixFileTree fileTree_;
+    GtkHeaderProgress addProgress_;
     NavigationPolicy navigation_;
     PageState pageState_;
     MainVC mainVC_;

@@ -70,9 +70,14 @@ std::string GtkDialogs::anyCasePattern(const std::string& extension) {
 }
 
 std::optional<std::vector<std::string>> GtkDialogs::chooseFiles(const OpenPanelRequest& request) {
-    GtkWidget* dialog = gtk_file_chooser_dialog_new(
-        request.message.c_str(), parent_ ? parent_() : nullptr, GTK_FILE_CHOOSER_ACTION_OPEN,
-        localized("Cancel").c_str(), GTK_RESPONSE_CANCEL, localized("Open").c_str(), GTK_RESPONSE_ACCEPT, nullptr);
+    GtkWidget* dialog = gtk_file_chooser_dialog_new(request.message.c_str(), parent_ ? parent_() : nullptr,
+                                                    GTK_FILE_CHOOSER_ACTION_OPEN, localized("Cancel").c_str(),
+                                                    GTK_RESPONSE_CANCEL, nullptr);
+    // Folders are shown in the file list, where Open would only enter them: a second action takes them.
+    if (!request.folderAction.empty()) {
+        gtk_dialog_add_button(GTK_DIALOG(dialog), request.folderAction.c_str(), kFolderResponse);
+    }
+    gtk_dialog_add_button(GTK_DIALOG(dialog), localized("Open").c_str(), GTK_RESPONSE_ACCEPT);
     GtkFileChooser* chooser = GTK_FILE_CHOOSER(dialog);
     gtk_file_chooser_set_select_multiple(chooser, TRUE);
     gtk_file_chooser_set_local_only(chooser, TRUE);
@@ -85,11 +90,21 @@ std::optional<std::vector<std::string>> GtkDialogs::chooseFiles(const OpenPanelR
         gtk_file_chooser_set_filter(chooser, filter);  // the chooser takes the floating reference
     }
     std::optional<std::vector<std::string>> chosen;
-    if (gtk_dialog_run(GTK_DIALOG(dialog)) == GTK_RESPONSE_ACCEPT) {
+    const int response = gtk_dialog_run(GTK_DIALOG(dialog));
+    if (response == GTK_RESPONSE_ACCEPT || response == kFolderResponse) {
         chosen.emplace();
         GSList* names = gtk_file_chooser_get_filenames(chooser);
-        for (GSList* item = names; item; item = item->next) chosen->emplace_back(static_cast<char*>(item->data));
+        for (GSList* item = names; item; item = item->next) {
+            const auto* name = static_cast<const char*>(item->data);
+            if (response == GTK_RESPONSE_ACCEPT || g_file_test(name, G_FILE_TEST_IS_DIR)) chosen->emplace_back(name);
+        }
         g_slist_free_full(names, g_free);
+        if (response == kFolderResponse && chosen->empty()) {
+            if (gchar* shown = gtk_file_chooser_get_current_folder(chooser)) {
+                chosen->emplace_back(shown);
+                g_free(shown);
+            }
+        }
     }
     gtk_widget_destroy(dialog);
     return chosen;
