@@ -69,12 +69,31 @@ void AddRequests::startNext() {
     if (!walk_) endProgress();
 }
 
+namespace {
+
+std::string withCount(const char* english, std::size_t count) {
+    std::string text = localized(english);
+    const auto at = text.find("{}");
+    if (at != std::string::npos) text.replace(at, 2, std::to_string(count));
+    return text;
+}
+
+}  // namespace
+
 void AddRequests::poll() {
     if (!walk_) return;
     if (!walk_->done.load(std::memory_order_acquire)) {
         if (progressShown_) showProgress();
         return;
     }
+    if (progressShown_ && !storing_) {
+        // The store step holds the main thread: the header bar says so (without Cancel, too late now)
+        // and is drawn before the next poll stores.
+        storing_ = true;
+        progress_.show(withCount("Adding {} files", walk_->result.paths.size()), {});
+        return;
+    }
+    storing_ = false;
     poll_.reset();
     const auto walk = std::exchange(walk_, nullptr);
     const Added added = std::exchange(walkAdded_, {});
@@ -86,11 +105,8 @@ void AddRequests::poll() {
 
 void AddRequests::showProgress() {
     if (!walk_) return;
-    std::string text = localized("Adding folders: {} files found");
-    const auto at = text.find("{}");
-    if (at != std::string::npos) text.replace(at, 2, std::to_string(walk_->control.found.load()));
     progressShown_ = true;
-    progress_.show(text, [this] { cancel(); });
+    progress_.show(withCount("Adding folders: {} files found", walk_->control.found.load()), [this] { cancel(); });
 }
 
 void AddRequests::endProgress() {
@@ -105,6 +121,7 @@ void AddRequests::cancel() {
                 " request(s)");
     walk_.reset();
     walkAdded_ = {};
+    storing_ = false;
     waiting_.clear();
     poll_.reset();
     endProgress();

@@ -17,7 +17,7 @@ namespace tunelark {
 // Requests to add chosen files and folders, carried out one after the other. A request without a folder
 // is added at once. A request with folders has them walked off the main thread; then all its files are
 // added on the main thread in one step, so no edit of the play list comes between. A walk that lasts
-// longer than kProgressDelay shows its progress. Cancel drops the running request and the waiting ones:
+// longer than kProgressDelay shows its progress, and the store step after it is announced there. Cancel drops the running request and the waiting ones:
 // none of them adds anything, since a part of a walk is an arbitrary part of a folder. Main thread only.
 class AddRequests {
 public:
@@ -71,6 +71,7 @@ private:
     std::unique_ptr<RepeatingTimer> poll_;
     std::unique_ptr<RepeatingTimer> progressDelay_;
     bool progressShown_ = false;
+    bool storing_ = false;  // the walk has ended and the header bar has been told the store step comes
     std::jthread thread_;  // last: joined before the members it might still reach go
 };
 

@@ -9,7 +9,8 @@ namespace tunelark {
 class ProgressIndicator {
 public:
     virtual ~ProgressIndicator() = default;
-    // Shows the indicator, or changes its text when it is shown; Cancel calls onCancel.
+    // Shows the indicator, or changes its text when it is shown; Cancel calls onCancel, and without one
+    // Cancel cannot be pressed.
     virtual void show(const std::string& text, std::function<void()> onCancel) = 0;
     virtual void hide() = 0;
 };

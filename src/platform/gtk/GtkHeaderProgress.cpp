@@ -36,6 +36,7 @@ GtkHeaderProgress::~GtkHeaderProgress() { clicked_.disconnect(); }
 
 void GtkHeaderProgress::show(const std::string& text, std::function<void()> onCancel) {
     onCancel_ = std::move(onCancel);
+    gtk_widget_set_sensitive(cancel_, onCancel_ != nullptr);
     gtk_label_set_text(GTK_LABEL(label_), text.c_str());
     gtk_spinner_start(GTK_SPINNER(spinner_));
     gtk_widget_show(box_.get());

@@ -80,7 +80,12 @@ TEST_F(AddRequestsTest, AWalkLongerThanHalfASecondShowsItsCountUntilItsFilesAreS
     queue.advance(1ms);
     ASSERT_TRUE(progress.shown);
     EXPECT_EQ(progress.texts.back(), "Adding folders: 0 files found");
+    ASSERT_TRUE(progress.onCancel);
     finishWalks();
+    queue.advance(AddRequests::kPoll);
+    EXPECT_EQ(progress.texts.back(), "Adding 3 files");
+    EXPECT_FALSE(progress.onCancel) << "too late to cancel";
+    EXPECT_TRUE(stored.empty()) << "stored at the next poll, once the header bar has been drawn";
     queue.advance(AddRequests::kPoll);
     EXPECT_FALSE(progress.shown);
     EXPECT_EQ(stored, std::vector<Texts>{musicFiles()});
