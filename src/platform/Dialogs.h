@@ -8,8 +8,8 @@ namespace tunelark {
 struct OpenPanelRequest {
     std::string message;
     std::vector<std::string> extensions;  // matched in any letter case
-    // When set, a second action with this label chooses the selected folders, or the folder shown when
-    // none is selected.
+    // When set, a second action with this label leads to choosing folders instead (the selected ones, or
+    // the one shown when none is selected).
     std::string folderAction;
 };
 
