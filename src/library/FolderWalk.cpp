@@ -4,6 +4,7 @@
 #include "library/store/FileNames.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <utility>
 
 namespace tunelark {
@@ -32,7 +33,7 @@ public:
             skip("Skipped an unreadable folder: " + folder + " (" + error + ")");
             return;
         }
-        // The folders being walked: a link to one of them would lead round in a circle.
+        // The folders being walked and those above: a link to one of them would lead round in a circle.
         ancestors_.push_back(id);
         for (const auto& entry : entries) {
             if (control_.stop.load(std::memory_order_relaxed)) {
@@ -45,6 +46,18 @@ public:
     }
 
     void skip(std::string line) { result_.skipped.push_back(std::move(line)); }
+
+    // The folders that hold a chosen folder: a link up to one of them leads back into the walk too.
+    void setOutsideAncestors(const std::string& chosen) {
+        ancestors_.clear();
+        std::filesystem::path folder = std::filesystem::path(chosen).lexically_normal();
+        if (!folder.has_filename()) folder = folder.parent_path();  // "Music/" names Music
+        while (folder.has_relative_path()) {
+            folder = folder.parent_path();
+            const TreeNode node = tree_.examine(folder.string());
+            if (node.kind == TreeNode::Kind::Folder) ancestors_.push_back({node.device, node.inode});
+        }
+    }
 
 private:
     void visit(const std::string& path, const TreeEntry& entry, std::vector<std::string>& out) {
@@ -118,6 +131,7 @@ WalkResult walkFolders(const FileTree& tree, const std::vector<std::string>& cho
             continue;
         }
         std::vector<std::string> files;
+        walker.setOutsideAncestors(path);
         walker.walk(path, FolderId{node.device, node.inode}, files);
         sortByUrl(files);
         result.paths.insert(result.paths.end(), std::make_move_iterator(files.begin()),

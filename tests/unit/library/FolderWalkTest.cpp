@@ -89,6 +89,7 @@ TEST_F(FolderWalkTest, LoopsOfSymbolicLinksAreSkippedWithOneLineEachAndOtherLink
     const auto shared = make("shared/other.lrc");
     fs::create_directory_symlink("..", dir.file("Music/inner/up"));             // back to Music
     fs::create_directory_symlink(music + "/inner", dir.file("Music/inner/self"));  // to the folder it is in
+    fs::create_directory_symlink(dir.path, dir.file("Music/inner/top"));           // above the chosen folder
     fs::create_symlink(dir.file("Music/ping.mp3"), dir.file("Music/pong.mp3"));   // links to each other
     fs::create_symlink(dir.file("Music/pong.mp3"), dir.file("Music/ping.mp3"));
     fs::create_directory_symlink(dir.file("shared"), dir.file("Music/linked"));   // no loop: followed
@@ -98,6 +99,7 @@ TEST_F(FolderWalkTest, LoopsOfSymbolicLinksAreSkippedWithOneLineEachAndOtherLink
     EXPECT_THAT(result.skipped, UnorderedElementsAre(
                                     "Skipped a loop of symbolic links: " + music + "/inner/up",
                                     "Skipped a loop of symbolic links: " + music + "/inner/self",
+                                    "Skipped a loop of symbolic links: " + music + "/inner/top",
                                     "Skipped a loop of symbolic links: " + music + "/ping.mp3",
                                     "Skipped a loop of symbolic links: " + music + "/pong.mp3",
                                     "Skipped an unreadable entry: " + music + "/dangling.mp3 (No such file or directory)"));
