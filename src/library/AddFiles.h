@@ -34,8 +34,6 @@ public:
     // Adds absolute file paths as chosen (any order); files that are neither mp3 nor lrc are skipped.
     // Returns false when nothing could be stored because the stored entries could not be read.
     bool addPaths(const std::vector<std::string>& paths);
-    // Stops a folder add that is under way; see AddRequests.
-    void cancel() { requests_.cancel(); }
     bool busy() const { return requests_.busy(); }
 
 private:

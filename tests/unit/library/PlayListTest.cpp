@@ -78,7 +78,7 @@ TEST_F(PlayListTest, ThePanelOffersFoldersAndAChosenFolderOfTenThousandFilesIsSt
         for (int track = 0; track < 500; ++track) writeAll(folder + "/" + std::to_string(track) + ".mp3", "");
     }
     writeAll(music + "/album 3/7.lrc", "[00:01.00]x");
-    dialogs.chosenFiles.push_back({music, file("old.mp3")});
+    dialogs.chosenFiles.push_back({music, file("old.mp3"), music + "/album 0/1.mp3"});
     sends = 0;
     add.run();
     EXPECT_EQ(dialogs.panels.at(0).folderAction, "Add Folder");
@@ -90,6 +90,7 @@ TEST_F(PlayListTest, ThePanelOffersFoldersAndAChosenFolderOfTenThousandFilesIsSt
     ASSERT_EQ(entries.size(), 10001u);
     std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a->no < b->no; });
     EXPECT_EQ(*entries[0]->fileName, "old.mp3") << "chosen again: refreshed, not added twice";
+    // album 0/1.mp3 was named on its own and inside the folder: one entry, counted by the size above.
     EXPECT_EQ(*entries[1]->filePath, fileUrlFromPath(music + "/album 0/0.mp3"));
     EXPECT_EQ(*entries[2]->filePath, fileUrlFromPath(music + "/album 0/1.mp3")) << "URL order: 1 before 10";
     EXPECT_EQ(*entries[3]->filePath, fileUrlFromPath(music + "/album 0/10.mp3"));
