@@ -17,6 +17,7 @@
 #include "main_window/PageResources.h"
 #include "page/MainVC.h"
 #include "page/PageState.h"
+#include "platform/PosixFileTree.h"
 #include "platform/glib/GlibMainQueue.h"
 #include "platform/gstreamer/GstAudioPlayerFactory.h"
 #include "platform/gtk/DesktopClipboard.h"
@@ -25,6 +26,7 @@
 #include "platform/gtk/GdkScreens.h"
 #include "platform/gtk/GtkAppMenu.h"
 #include "platform/gtk/GtkDialogs.h"
+#include "platform/gtk/GtkHeaderProgress.h"
 #include "platform/gtk/GtkMainWindow.h"
 #include "platform/gtk/WkWebViewWithMouseEvent.h"
 #include "platform/pulse/PulseOutputDevice.h"
@@ -77,6 +79,8 @@ private:
     GtkDesktopLook desktopLook_;
     ColorSchemeFollower colorScheme_;
     GtkDialogs dialogs_;
+    PosixFileTree fileTree_;
+    GtkHeaderProgress addProgress_;
     NavigationPolicy navigation_;
     PageState pageState_;
     MainVC mainVC_;

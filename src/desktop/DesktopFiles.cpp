@@ -3,6 +3,8 @@
 #include "library/store/FileNames.h"
 #include "platform/Console.h"
 
+#include <unordered_set>
+
 namespace tunelark {
 
 DesktopFiles::DesktopFiles(MainQueue& queue, const PageState& page, AddFiles& addFiles,
@@ -42,23 +44,31 @@ void DesktopFiles::runWaiting() {
 
 void DesktopFiles::run(const Request& request) {
     consoleLine("Desktop Add Files " + std::to_string(request.paths.size()));
-    if (!addFiles_.addPaths(request.paths) || !request.play) return;
-    // The add operation has queued the play-list load; this runs after it.
+    if (!request.play) {
+        addFiles_.add(request.paths);
+        return;
+    }
     std::weak_ptr<DesktopFiles*> self = self_;
-    queue_.post([self, paths = request.paths] {
-        if (auto alive = self.lock()) (*alive)->playFirstAdded(paths);
+    // A folder's walk may outlast this object: the callback reaches it only through self.
+    addFiles_.add(request.paths, [&queue = queue_, self](const std::vector<std::string>& added) {
+        // The add operation has queued the play-list load; this runs after it.
+        queue.post([self, added] {
+            if (auto alive = self.lock()) (*alive)->playFirstAdded(added);
+        });
     });
 }
 
 void DesktopFiles::playFirstAdded(const std::vector<std::string>& paths) {
     if (!page_.storedMp3Entities || !operations_.playItem) return;
+    // A set, since a folder hands over thousands of paths.
+    std::unordered_set<std::string> listed;
+    for (const auto& entry : *page_.storedMp3Entities)
+        if (entry && entry->filePath) listed.insert(*entry->filePath);
     for (const auto& path : paths) {
         const std::string url = fileUrlFromPath(path);
-        for (const auto& entry : *page_.storedMp3Entities) {
-            if (entry && entry->filePath == url) {
-                operations_.playItem(url);
-                return;
-            }
+        if (listed.count(url)) {
+            operations_.playItem(url);
+            return;
         }
     }
 }

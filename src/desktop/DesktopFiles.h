@@ -25,8 +25,8 @@ public:
     DesktopFiles(const DesktopFiles&) = delete;
     DesktopFiles& operator=(const DesktopFiles&) = delete;
 
-    // Adds the .mp3 and .lrc files among the absolute paths, then plays the first audio file given that
-    // made it into the play list.
+    // Adds the .mp3 and .lrc files among the absolute paths (a folder's from inside it), then plays the
+    // first audio file given that made it into the play list; for a folder, its first in URL order.
     void open(std::vector<std::string> paths);
     // Adds them and leaves playback alone.
     void add(std::vector<std::string> paths);

@@ -1,50 +1,61 @@
 #include "library/AddFiles.h"
 
+#include "library/MediaKind.h"
 #include "library/store/Bookmark.h"
 #include "library/store/FileNames.h"
 #include "platform/Console.h"
 #include "platform/Localized.h"
 
 #include <algorithm>
-#include <cctype>
 #include <string_view>
+#include <unordered_map>
 
 namespace tunelark {
 namespace {
 
-enum class FileKind { Audio, Lyrics, Other };
+FileKind kindOf(std::string_view url) { return kindOfName(lastComponentDecoded(url)); }
 
-// Only the last three characters of the name count, in any letter case: "notes.xmp3" is audio too.
-FileKind kindOf(std::string_view url) {
-    std::string name = lastComponentDecoded(url);
-    if (name.size() < 3) return FileKind::Other;
-    std::string tail = name.substr(name.size() - 3);
-    std::transform(tail.begin(), tail.end(), tail.begin(), [](unsigned char c) { return std::tolower(c); });
-    if (tail == "mp3") return FileKind::Audio;
-    if (tail == "lrc") return FileKind::Lyrics;
-    return FileKind::Other;
-}
-
+// The first fetched entry for each file path, found in constant time: a folder brings thousands of files.
 template <typename T>
-std::shared_ptr<T> findByFilePath(const Records<T>& records, const std::string& url) {
-    for (const auto& record : records)
-        if (record->filePath == url) return record;
-    return nullptr;
-}
+class ByFilePath {
+public:
+    explicit ByFilePath(const Records<T>& records) {
+        index_.reserve(records.size());
+        for (const auto& record : records)
+            if (record->filePath) index_.emplace(*record->filePath, record);
+    }
+    std::shared_ptr<T> find(const std::string& url) const {
+        const auto found = index_.find(url);
+        return found == index_.end() ? nullptr : found->second;
+    }
+
+private:
+    std::unordered_map<std::string, std::shared_ptr<T>> index_;
+};
 
 }  // namespace
 
-AddFiles::AddFiles(Store& store, Dialogs& dialogs, MainQueue& queue, std::function<void()> sendPlayList)
-    : store_(store), dialogs_(dialogs), queue_(queue), sendPlayList_(std::move(sendPlayList)) {}
+AddFiles::AddFiles(Store& store, Dialogs& dialogs, MainQueue& queue, std::function<void()> sendPlayList,
+                   const FileTree& tree, ProgressIndicator& progress, AddRequests::Launcher launcher)
+    : store_(store),
+      dialogs_(dialogs),
+      queue_(queue),
+      sendPlayList_(std::move(sendPlayList)),
+      requests_(queue, tree, progress, [this](const std::vector<std::string>& paths) { return addPaths(paths); },
+                std::move(launcher)) {}
 
 void AddFiles::run() {
     dialogs_.alert(localized(
         "To Add to the play list, Please Choose the mp3 file(s) and the lrc file(s). Attention: lrc file must be "
         "in the same folder with the related mp3 file!"));
     auto chosen = dialogs_.chooseFiles(
-        {localized("Please Choose the mp3 file(s) and the lrc file(s):"), {"lrc", "mp3"}});
+        {localized("Please Choose the mp3 file(s) and the lrc file(s):"), {"lrc", "mp3"}, localized("Add Folder")});
     if (!chosen) return;
-    addPaths(*chosen);
+    add(std::move(*chosen));
+}
+
+void AddFiles::add(std::vector<std::string> paths, AddRequests::Added added) {
+    requests_.add(std::move(paths), std::move(added));
 }
 
 bool AddFiles::addPaths(const std::vector<std::string>& paths) {
@@ -60,6 +71,10 @@ bool AddFiles::addPaths(const std::vector<std::string>& paths) {
     urls.reserve(paths.size());
     for (const auto& path : paths) urls.push_back(fileUrlFromPath(path));
     std::sort(urls.begin(), urls.end());
+    // A file named twice (on its own and inside a chosen folder) is still stored once.
+    urls.erase(std::unique(urls.begin(), urls.end()), urls.end());
+    const ByFilePath<Mp3Entity> audioByPath(*audio);
+    const ByFilePath<LrcEntity> lyricsByPath(*lyrics);
 
     const int storedCount = static_cast<int>(audio->size());
     int k = 1;
@@ -68,7 +83,7 @@ bool AddFiles::addPaths(const std::vector<std::string>& paths) {
         consoleLine(url);
         FileKind kind = kindOf(url);
         if (kind == FileKind::Other) continue;
-        auto existingAudio = kind == FileKind::Audio ? findByFilePath(*audio, url) : nullptr;
+        auto existingAudio = kind == FileKind::Audio ? audioByPath.find(url) : nullptr;
         if (kind == FileKind::Audio && !existingAudio && storedCount + k > kMaxNo) {
             ++refused;
             continue;
@@ -92,7 +107,7 @@ bool AddFiles::addPaths(const std::vector<std::string>& paths) {
             entry->duration = "00:00";
             entry->bookmark = std::move(*bookmark);
         } else {
-            auto entry = findByFilePath(*lyrics, url);
+            auto entry = lyricsByPath.find(url);
             if (!entry) {
                 entry = store_.insertLrcEntity();
                 entry->charset = "utf8";

@@ -8,6 +8,9 @@ namespace tunelark {
 struct OpenPanelRequest {
     std::string message;
     std::vector<std::string> extensions;  // matched in any letter case
+    // When set, a second action with this label leads to choosing folders instead (the selected ones, or
+    // the one shown when none is selected).
+    std::string folderAction;
 };
 
 // Modal dialogs. Each call blocks in a nested main loop until the user answers. Main thread only.
@@ -22,7 +25,8 @@ public:
                     const std::vector<std::string>& buttons) = 0;
     // The platform's error presentation; true when the user resolved the error (never on this platform).
     virtual bool presentError(const std::string& description) = 0;
-    // The open panel: several existing files; absolute paths, or nothing when cancelled.
+    // The open panel: several existing files (or folders, see OpenPanelRequest); absolute paths, or nothing
+    // when cancelled.
     virtual std::optional<std::vector<std::string>> chooseFiles(const OpenPanelRequest& request) = 0;
 };
 

@@ -5,6 +5,8 @@
 #include "engine/OutputDeviceWatch.h"
 #include "library/AddFiles.h"
 #include "library/PlayList.h"
+#include "fakes/FakeProgressIndicator.h"
+#include "platform/PosixFileTree.h"
 #include "platform/glib/GlibMainQueue.h"
 #include "platform/gstreamer/GstAudioPlayerFactory.h"
 #include "platform/pulse/PulseOutputDevice.h"
@@ -66,7 +68,9 @@ protected:
     }
     // Adds the files to the play list as the user does.
     void add(const std::vector<std::string>& paths) {
-        AddFiles(store, dialogs, queue, [] {}).addPaths(paths);
+        PosixFileTree tree;
+        test::FakeProgressIndicator progress;
+        AddFiles(store, dialogs, queue, [] {}, tree, progress).addPaths(paths);
         PlayList(store, queue, view).loadPlayList();
     }
     // Opens a file of the test folder; opening must never keep the main thread waiting long.

@@ -3,8 +3,10 @@
 // list ($XDG_DATA_HOME/Tunelark/Tunelark.sqlite). A missing file, an alert or a failed save: status 1.
 #include "fakes/FakeDialogs.h"
 #include "fakes/FakeMainQueue.h"
+#include "fakes/FakeProgressIndicator.h"
 #include "library/AddFiles.h"
 #include "library/store/Store.h"
+#include "platform/PosixFileTree.h"
 
 #include <filesystem>
 #include <iostream>
@@ -25,7 +27,9 @@ int main(int argc, char** argv) {
     tunelark::test::FakeMainQueue queue;
     tunelark::test::FakeDialogs dialogs;
     tunelark::Store store(argv[1], queue);
-    tunelark::AddFiles addFiles(store, dialogs, queue, [] {});
+    tunelark::PosixFileTree tree;
+    tunelark::test::FakeProgressIndicator progress;
+    tunelark::AddFiles addFiles(store, dialogs, queue, [] {}, tree, progress);
     const bool added = addFiles.addPaths(paths);
     queue.drain();
     const auto failure = store.saveNow();

@@ -10,6 +10,8 @@
 #include "fakes/FakeDialogs.h"
 #include "fakes/FakeMainQueue.h"
 #include "fakes/FakePageView.h"
+#include "fakes/FakeProgressIndicator.h"
+#include "platform/PosixFileTree.h"
 #include "library/AddFiles.h"
 #include "library/PlayList.h"
 #include "library/PlayListEditor.h"
@@ -95,7 +97,9 @@ int main(int argc, char** argv) {
     PlayList playList(store, queue, view);
     PlayerHolder engine(PlayerDeps{queue, view, store, dialogs, players, device});
     PlayListEditor editor(store, queue, view, playList, engine);
-    AddFiles adding(store, dialogs, queue, [] {});  // the page is not watched here
+    PosixFileTree tree;
+    test::FakeProgressIndicator progress;
+    AddFiles adding(store, dialogs, queue, [] {}, tree, progress);  // the page is not watched here
     // Runs one operation and its queued save, printing the state before and after.
     const auto saved = [&](const char* what, const auto& operation) {
         operation();

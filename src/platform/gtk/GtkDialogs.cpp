@@ -1,6 +1,7 @@
 #include "platform/gtk/GtkDialogs.h"
 
 #include "platform/Localized.h"
+#include "platform/glib/GObjectHandles.h"
 
 #include <gtk/gtk.h>
 
@@ -69,10 +70,52 @@ std::string GtkDialogs::anyCasePattern(const std::string& extension) {
     return pattern;
 }
 
+namespace {
+
+std::vector<std::string> chosenNames(GtkFileChooser* chooser) {
+    std::vector<std::string> chosen;
+    GSList* names = gtk_file_chooser_get_filenames(chooser);
+    for (GSList* item = names; item; item = item->next) chosen.emplace_back(static_cast<const char*>(item->data));
+    g_slist_free_full(names, g_free);
+    return chosen;
+}
+
+// The folder panel, opened on the folder the file panel showed. Its own panel: the file panel selects its
+// first row by itself, so a folder taken from there could be one the user never chose.
+std::optional<std::vector<std::string>> chooseFolders(GtkWindow* parent, const std::string& action,
+                                                      const GCharPtr& startFolder) {
+    GtkWidget* dialog = gtk_file_chooser_dialog_new(action.c_str(), parent, GTK_FILE_CHOOSER_ACTION_SELECT_FOLDER,
+                                                    localized("Cancel").c_str(), GTK_RESPONSE_CANCEL,
+                                                    action.c_str(), GTK_RESPONSE_ACCEPT, nullptr);
+    GtkFileChooser* chooser = GTK_FILE_CHOOSER(dialog);
+    gtk_file_chooser_set_select_multiple(chooser, TRUE);
+    gtk_file_chooser_set_local_only(chooser, TRUE);
+    gtk_file_chooser_set_create_folders(chooser, FALSE);
+    gtk_dialog_set_default_response(GTK_DIALOG(dialog), GTK_RESPONSE_ACCEPT);
+    if (startFolder) gtk_file_chooser_set_current_folder(chooser, startFolder.get());
+    std::optional<std::vector<std::string>> chosen;
+    if (gtk_dialog_run(GTK_DIALOG(dialog)) == GTK_RESPONSE_ACCEPT) {
+        chosen = chosenNames(chooser);
+        if (chosen->empty()) {
+            // Nothing selected: the folder shown is the one chosen.
+            GCharPtr shown(gtk_file_chooser_get_current_folder(chooser));
+            if (shown) chosen->emplace_back(shown.get());
+        }
+    }
+    gtk_widget_destroy(dialog);
+    return chosen;
+}
+
+}  // namespace
+
 std::optional<std::vector<std::string>> GtkDialogs::chooseFiles(const OpenPanelRequest& request) {
-    GtkWidget* dialog = gtk_file_chooser_dialog_new(
-        request.message.c_str(), parent_ ? parent_() : nullptr, GTK_FILE_CHOOSER_ACTION_OPEN,
-        localized("Cancel").c_str(), GTK_RESPONSE_CANCEL, localized("Open").c_str(), GTK_RESPONSE_ACCEPT, nullptr);
+    GtkWindow* parent = parent_ ? parent_() : nullptr;
+    GtkWidget* dialog = gtk_file_chooser_dialog_new(request.message.c_str(), parent, GTK_FILE_CHOOSER_ACTION_OPEN,
+                                                    localized("Cancel").c_str(), GTK_RESPONSE_CANCEL, nullptr);
+    if (!request.folderAction.empty()) {
+        gtk_dialog_add_button(GTK_DIALOG(dialog), request.folderAction.c_str(), kFolderResponse);
+    }
+    gtk_dialog_add_button(GTK_DIALOG(dialog), localized("Open").c_str(), GTK_RESPONSE_ACCEPT);
     GtkFileChooser* chooser = GTK_FILE_CHOOSER(dialog);
     gtk_file_chooser_set_select_multiple(chooser, TRUE);
     gtk_file_chooser_set_local_only(chooser, TRUE);
@@ -85,13 +128,11 @@ std::optional<std::vector<std::string>> GtkDialogs::chooseFiles(const OpenPanelR
         gtk_file_chooser_set_filter(chooser, filter);  // the chooser takes the floating reference
     }
     std::optional<std::vector<std::string>> chosen;
-    if (gtk_dialog_run(GTK_DIALOG(dialog)) == GTK_RESPONSE_ACCEPT) {
-        chosen.emplace();
-        GSList* names = gtk_file_chooser_get_filenames(chooser);
-        for (GSList* item = names; item; item = item->next) chosen->emplace_back(static_cast<char*>(item->data));
-        g_slist_free_full(names, g_free);
-    }
+    const int response = gtk_dialog_run(GTK_DIALOG(dialog));
+    if (response == GTK_RESPONSE_ACCEPT) chosen = chosenNames(chooser);
+    GCharPtr shown(response == kFolderResponse ? gtk_file_chooser_get_current_folder(chooser) : nullptr);
     gtk_widget_destroy(dialog);
+    if (response == kFolderResponse) return chooseFolders(parent, request.folderAction, shown);
     return chosen;
 }
 

@@ -24,6 +24,8 @@ public:
     static std::string anyCasePattern(const std::string& extension);
 
 private:
+    static constexpr int kFolderResponse = 1;  // the open panel's folder action
+
     std::function<GtkWindow*()> parent_;
 };
 

@@ -42,6 +42,7 @@ public:
     // Puts the application's primary menu behind a menu button at the end of the header bar.
     void setPrimaryMenu(GMenuModel* menu);
     GtkWindow* gtkWindow() const;
+    GtkWidget* headerBar() const { return headerBar_; }
 
 private:
     friend struct GtkMainWindowSignals;

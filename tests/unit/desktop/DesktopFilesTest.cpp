@@ -5,11 +5,16 @@
 #include "fakes/FakeDialogs.h"
 #include "fakes/FakeMainQueue.h"
 #include "fakes/FakePageView.h"
+#include "fakes/FakeProgressIndicator.h"
+#include "platform/PosixFileTree.h"
 #include "library/PlayList.h"
 #include "library/store/FileNames.h"
 #include "TempDir.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
+#include <thread>
 
 namespace tunelark {
 namespace {
@@ -35,7 +40,9 @@ protected:
     PageState pageState;
     MainVC view{queue, &page, pageState};
     PlayList playList{store, queue, view};
-    AddFiles addFiles{store, dialogs, queue, [this] { playList.sendPlayList(); }};
+    PosixFileTree tree;
+    test::FakeProgressIndicator progress;
+    AddFiles addFiles{store, dialogs, queue, [this] { playList.sendPlayList(); }, tree, progress};
     BridgeOperations operations;
     Texts played;
     std::unique_ptr<DesktopFiles> files = std::make_unique<DesktopFiles>(queue, pageState, addFiles, operations);
@@ -73,6 +80,22 @@ TEST_F(DesktopFilesTest, OnlyAFileThatMadeItIntoThePlayListPlaysAndNothingRunsAf
     files.reset();
     queue.drain();
     EXPECT_EQ(played.size(), 1u) << "the queued play belongs to the destroyed owner";
+}
+
+TEST_F(DesktopFilesTest, AFolderIsWalkedAndItsFirstAudioFileInUrlOrderPlays) {
+    pageState.loaded = true;
+    std::filesystem::create_directories(dir.file("Album/CD 2"));
+    for (const char* name : {"Album/CD 2/01.mp3", "Album/02.mp3", "Album/01.lrc", "Album/01.mp3"})
+        test::writeAll(dir.file(name), "");
+    files->open({dir.file("Album")});
+    for (int i = 0; i < 2000 && addFiles.busy(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        queue.advance(AddRequests::kPoll);
+    }
+    queue.drain();
+    EXPECT_EQ(storedSongs(), 3u);
+    EXPECT_EQ(played, Texts{url("Album/01.mp3")});
+    EXPECT_FALSE(progress.shown) << "nothing is left in the header bar";
 }
 
 TEST(CommandLineTest, HelpAndVersionWinAnUnknownOptionFailsAndFilesKeepTheirOrder) {

@@ -3,14 +3,18 @@
 #include "engine/EngineFixture.h"
 #include "engine/lyrics/CharsetEnum.h"
 #include "fakes/FakeMainWindow.h"
+#include "fakes/FakeProgressIndicator.h"
 #include "library/AddFiles.h"
 #include "library/PlayListEditor.h"
 #include "library/store/Settings.h"
+#include "platform/PosixFileTree.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
 #include <sstream>
+#include <thread>
 
 namespace tunelark::test {
 namespace {
@@ -32,7 +36,9 @@ protected:
     PlayerHolder engine{deps()};
     PlayList playList{store, queue, *view};
     PlayListEditor editor{store, queue, *view, playList, engine};
-    AddFiles add{store, dialogs, queue, [this] { ++sends; }};
+    PosixFileTree tree;
+    FakeProgressIndicator progress;
+    AddFiles add{store, dialogs, queue, [this] { ++sends; }, tree, progress};
 };
 
 TEST_F(PlayListTest, AddedAudioIsNumberedAfterTheStoredInUrlOrderAndPairedWithItsLyrics) {
@@ -50,6 +56,47 @@ TEST_F(PlayListTest, AddedAudioIsNumberedAfterTheStoredInUrlOrderAndPairedWithIt
     ASSERT_EQ(lyrics.size(), 1u);
     EXPECT_TRUE(lyrics[0]->charset == "utf8" && lyrics[0]->mainPathFileName == audio("song.mp3")->mainPathFileName);
     EXPECT_FALSE(store.hasChanges());
+}
+
+// Waits for a folder's walk on its own thread while the main queue runs.
+void settle(FakeMainQueue& queue, const AddFiles& add) {
+    for (int i = 0; i < 2000 && add.busy(); ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+        queue.advance(AddRequests::kPoll);
+    }
+    queue.drain();
+}
+
+TEST_F(PlayListTest, ThePanelOffersFoldersAndAChosenFolderOfTenThousandFilesIsStoredInUrlOrderInOneSave) {
+    add.addPaths({file("old.mp3")});
+    queue.drain();
+    const TempDir memory(TempDir::memoryBase());
+    const std::string music = memory.file("Music");
+    for (int album = 0; album < 20; ++album) {
+        const std::string folder = music + "/album " + std::to_string(album);
+        std::filesystem::create_directories(folder);
+        for (int track = 0; track < 500; ++track) writeAll(folder + "/" + std::to_string(track) + ".mp3", "");
+    }
+    writeAll(music + "/album 3/7.lrc", "[00:01.00]x");
+    dialogs.chosenFiles.push_back({music, file("old.mp3"), music + "/album 0/1.mp3"});
+    sends = 0;
+    add.run();
+    EXPECT_EQ(dialogs.panels.at(0).folderAction, "Add Folder");
+    settle(queue, add);
+    EXPECT_EQ(sends, 1);
+    FakeMainQueue otherQueue;
+    Store reopened(dir.file("Tunelark.sqlite"), otherQueue);
+    auto entries = reopened.fetchMp3Entities().value_or(Records<Mp3Entity>{});
+    ASSERT_EQ(entries.size(), 10001u);
+    std::sort(entries.begin(), entries.end(), [](const auto& a, const auto& b) { return a->no < b->no; });
+    EXPECT_EQ(*entries[0]->fileName, "old.mp3") << "chosen again: refreshed, not added twice";
+    // album 0/1.mp3 was named on its own and inside the folder: one entry, counted by the size above.
+    EXPECT_EQ(*entries[1]->filePath, fileUrlFromPath(music + "/album 0/0.mp3"));
+    EXPECT_EQ(*entries[2]->filePath, fileUrlFromPath(music + "/album 0/1.mp3")) << "URL order: 1 before 10";
+    EXPECT_EQ(*entries[3]->filePath, fileUrlFromPath(music + "/album 0/10.mp3"));
+    EXPECT_TRUE(std::is_sorted(entries.begin() + 1, entries.end(),
+                               [](const auto& a, const auto& b) { return *a->filePath < *b->filePath; }));
+    EXPECT_EQ(reopened.fetchLrcEntities()->size(), 1u);
 }
 
 TEST_F(PlayListTest, AddingAKnownFileAgainRefreshesItButKeepsNumberCharsetAndMark) {
