@@ -71,8 +71,8 @@ void AddRequests::startNext() {
 
 namespace {
 
-std::string withCount(const char* english, std::size_t count) {
-    std::string text = localized(english);
+// The count put into a text already in the user's language.
+std::string withCount(std::string text, std::size_t count) {
     const auto at = text.find("{}");
     if (at != std::string::npos) text.replace(at, 2, std::to_string(count));
     return text;
@@ -90,7 +90,7 @@ void AddRequests::poll() {
         // The store step holds the main thread: the header bar says so (without Cancel, too late now)
         // and is drawn before the next poll stores.
         storing_ = true;
-        progress_.show(withCount("Adding {} files", walk_->result.paths.size()), {});
+        progress_.show(withCount(localized("Adding {} files"), walk_->result.paths.size()), {});
         return;
     }
     storing_ = false;
@@ -106,7 +106,7 @@ void AddRequests::poll() {
 void AddRequests::showProgress() {
     if (!walk_) return;
     progressShown_ = true;
-    progress_.show(withCount("Adding folders: {} files found", walk_->control.found.load()), [this] { cancel(); });
+    progress_.show(withCount(localized("Adding folders: {} files found"), walk_->control.found.load()), [this] { cancel(); });
 }
 
 void AddRequests::endProgress() {
