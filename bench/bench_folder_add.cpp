@@ -29,7 +29,11 @@ constexpr int kTracks = 100;
 // Tasks and timers on this thread, as the main loop runs them, with the real clock.
 class LoopQueue : public MainQueue {
 public:
-    void post(std::function<void()> task) override { tasks_.push_back(std::move(task)); }
+    void post(std::function<void()> task) override {
+        tasks_.push_back(std::move(task));
+        ++posted_;
+    }
+    std::uint64_t postedCount() const override { return posted_; }
     std::unique_ptr<RepeatingTimer> startRepeating(std::chrono::milliseconds interval,
                                                    std::function<void()> action) override {
         timers_.push_back(std::make_shared<Timer>(Timer{interval, Clock::now() + interval, std::move(action), true}));
@@ -63,6 +67,7 @@ private:
         std::shared_ptr<Timer> timer;
     };
     std::deque<std::function<void()>> tasks_;
+    std::uint64_t posted_ = 0;
     std::vector<std::shared_ptr<Timer>> timers_;
 };
 
@@ -81,6 +86,7 @@ struct NoProgress : ProgressIndicator {
 
 struct CountingPage : PageView {
     void evaluate(const std::string& script) override { bytes += script.size(); }
+    void setStyleOverride(const std::string&) override {}
     void registerHandler(const std::string&, MessageHandler) override {}
     std::size_t bytes = 0;
 };
