@@ -145,7 +145,8 @@ TrackTags discover(GstDiscoverer* discoverer, const std::string& path) {
 
 void work(const std::shared_ptr<Shared>& shared, std::chrono::milliseconds limit) {
     const auto timeout = static_cast<GstClockTime>(std::chrono::nanoseconds(limit).count());
-    auto discoverer = GObjectPtr<GstDiscoverer>::adopt(gst_discoverer_new(timeout, nullptr));
+    // Made with the first request: at start-up the program has better things to do with the processor.
+    GObjectPtr<GstDiscoverer> discoverer;
     for (;;) {
         Shared::Job job;
         {
@@ -160,6 +161,7 @@ void work(const std::shared_ptr<Shared>& shared, std::chrono::milliseconds limit
         guardedCall("tag reading", [&] {
             auto answer = std::make_unique<Answer>(Answer{shared, std::move(job.done), TrackTags{}});
             try {
+                if (!discoverer) discoverer = GObjectPtr<GstDiscoverer>::adopt(gst_discoverer_new(timeout, nullptr));
                 if (discoverer) answer->tags = discover(discoverer.get(), job.path);
             } catch (const std::exception& e) {
                 g_log(kLogDomain, G_LOG_LEVEL_MESSAGE, "Cannot read the tags of %s: %s", job.path.c_str(), e.what());
