@@ -22,12 +22,6 @@ click_main "${SPEED_UP[@]}"
 within 3 said_since "$mark" 'setSpeed("1.25");' || give_up "the speed did not go up"
 place=$(area_of "$main")
 
-# The page's process: the WebKitWebProcess among the player's descendants ("comm" keeps 15 characters).
-descendants() { local child; for child in $(pgrep -P "$1"); do echo "$child"; descendants "$child"; done; }
-web_process() {
-  local p
-  for p in $(descendants "$player_pid"); do [[ $(cat "/proc/$p/comm" 2>/dev/null) == WebKitWebProces* ]] && echo "$p"; done
-}
 old=$(web_process)
 [[ $old =~ ^[0-9]+$ ]] || give_up "no single page process below the player: '$old'"
 mark=$(log_mark) shown_before=$(grep -c '^showWindow$' "$out")

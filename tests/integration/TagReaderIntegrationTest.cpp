@@ -1,7 +1,6 @@
 // Tags of MP3 files made here with sox and lame (or an ID3 tag written byte by byte), read through
 // GStreamer on its own thread and answered on the GLib main loop.
 #include "desktop/TrackTagMetadata.h"
-#include "library/store/FileNames.h"
 #include "platform/gstreamer/GstTagReader.h"
 #include "TempDir.h"
 
@@ -100,12 +99,6 @@ TEST_F(TagReaderIntegrationTest, TheTagsOfAFileTaggedByLameArriveOnTheMainLoopWi
     EXPECT_EQ(answer->pictures[0].bytes, cover);
     EXPECT_EQ(answer->pictures[0].mimeType, "image/png");
     EXPECT_EQ(answer->pictures[0].kind, TagPicture::Kind::other) << "lame writes its picture as \"other\"";
-
-    // The same file as the desktop is told of it, its cover in the cache folder.
-    const TagMetadata metadata = tagMetadata(*answer, CoverCache(dir.file("covers")));
-    ASSERT_TRUE(metadata.artUrl);
-    EXPECT_EQ(readAll(pathFromFileUrl(*metadata.artUrl)), cover);
-    EXPECT_EQ(metadata.title, "夜の歌");
 }
 
 TEST_F(TagReaderIntegrationTest, PicturesKeepTheKindTheirTagGivesThemAndTheFrontCoverIsShown) {

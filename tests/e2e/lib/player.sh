@@ -143,6 +143,13 @@ play_first_row() {
 }
 switched_lyrics_on() { grep -a '^TurnLyricsOnByJsHandler {' "$out" | grep -aF '"needOn":"true"' | grep -qaF '"rowAmoutString":"oneRow"'; }
 
+# The page's process: the WebKitWebProcess among the player's descendants ("comm" keeps 15 characters).
+descendants() { local child; for child in $(pgrep -P "$1"); do echo "$child"; descendants "$child"; done; }
+web_process() {
+  local p
+  for p in $(descendants "$player_pid"); do [[ $(cat "/proc/$p/comm" 2>/dev/null) == WebKitWebProces* ]] && echo "$p"; done
+}
+
 # --- Screen: shot FILE [WxH+X+Y] saves the screen or a part of it.
 shot() { import -window root ${2:+-crop "$2" +repage} "$1" 2>/dev/null; }
 # Text in a picture, read by OCR after turning light text on a dark ground into dark text on light.

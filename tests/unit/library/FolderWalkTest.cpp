@@ -1,15 +1,9 @@
 #include "library/FolderWalk.h"
 
-#include "library/store/FileNames.h"
 #include "platform/PosixFileTree.h"
 #include "TempDir.h"
 
 #include <gmock/gmock.h>
-
-#include <linux/capability.h>
-#include <sys/stat.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <set>
@@ -120,63 +114,6 @@ TEST_F(FolderWalkTest, UnreadableFoldersAndFilesAreSkippedWithOneLineEachAndTheR
     tree.refused = {music};
     EXPECT_THAT(walk({music}, tree).skipped,
                 ElementsAre("Skipped an unreadable folder: " + music + " (Permission denied)"));
-}
-
-// Root reads every folder through two capabilities; without them in effect on this thread, the file
-// system's own refusal is what the walk meets.
-class WithoutReadOverride {
-public:
-    WithoutReadOverride() {
-        if (syscall(SYS_capget, &header_, saved_) != 0) return;
-        __user_cap_data_struct reduced[2] = {saved_[0], saved_[1]};
-        reduced[0].effective &= ~((1u << CAP_DAC_OVERRIDE) | (1u << CAP_DAC_READ_SEARCH));
-        dropped_ = syscall(SYS_capset, &header_, reduced) == 0;
-    }
-    ~WithoutReadOverride() {
-        if (dropped_) syscall(SYS_capset, &header_, saved_);
-    }
-    bool dropped() const { return dropped_; }
-
-private:
-    __user_cap_header_struct header_{_LINUX_CAPABILITY_VERSION_3, 0};
-    __user_cap_data_struct saved_[2]{};
-    bool dropped_ = false;
-};
-
-TEST_F(FolderWalkTest, AFolderWithoutReadPermissionIsSkippedByTheRealFileSystem) {
-    const auto music = folder("Music");
-    const auto song = make("Music/a.mp3");
-    make("Music/locked/b.mp3");
-    const auto closed = make("Music/closed.lrc");
-    ::chmod(dir.file("Music/locked").c_str(), 0);
-    ::chmod(closed.c_str(), 0);
-    WithoutReadOverride asOwner;
-    if (::geteuid() == 0 && !asOwner.dropped()) {
-        GTEST_SKIP() << "running as root, which reads any folder, and the read override cannot be dropped";
-    }
-    const auto result = walk({music});
-    ::chmod(dir.file("Music/locked").c_str(), 0700);  // so the folder can be removed
-    EXPECT_EQ(result.paths, Texts{song});
-    EXPECT_THAT(result.skipped,
-                UnorderedElementsAre("Skipped an unreadable folder: " + music + "/locked (Permission denied)",
-                                     "Skipped an unreadable file: " + closed + " (Permission denied)"));
-}
-
-TEST_F(FolderWalkTest, TenThousandFilesInAHundredFoldersComeBackSortedAndCounted) {
-    const test::TempDir memory(test::TempDir::memoryBase());
-    const auto music = memory.file("Music");
-    for (int album = 0; album < 100; ++album) {
-        const std::string name = music + "/album " + std::to_string(album);
-        fs::create_directories(name);
-        for (int track = 0; track < 100; ++track) test::writeAll(name + "/" + std::to_string(track) + ".mp3", "");
-    }
-    const auto result = walk({music});
-    ASSERT_EQ(result.paths.size(), 10000u);
-    EXPECT_EQ(control.found.load(), 10000u);
-    EXPECT_TRUE(std::is_sorted(result.paths.begin(), result.paths.end(), [](const auto& a, const auto& b) {
-        return fileUrlFromPath(a) < fileUrlFromPath(b);
-    }));
-    EXPECT_EQ(std::set<std::string>(result.paths.begin(), result.paths.end()).size(), 10000u);
 }
 
 TEST_F(FolderWalkTest, AStopEndsTheWalkEarly) {

@@ -22,13 +22,8 @@ DesktopAppearance portal(std::optional<unsigned> scheme, std::string theme = "Ad
     return DesktopAppearance{scheme, prefersDark, std::move(theme)};
 }
 
-TEST(ChooseColorScheme, ThePortalsAnswerWinsOverTheToolkit) {
-    EXPECT_EQ(chooseColorScheme(portal(1, "Clearlooks")), dark);
-    EXPECT_EQ(chooseColorScheme(portal(2, "Adwaita-dark", true)), light);
-    EXPECT_EQ(chooseColorScheme(portal(2)), light);
-}
-
-TEST(ChooseColorScheme, WithoutAnAnswerTheToolkitsThemeDecides) {
+// The portal's answer wins; without one the toolkit's theme decides; with nothing said, the page's own dark.
+TEST(ChooseColorScheme, ThePortalThenTheToolkitThenThePagesOwnDarkLook) {
     struct Case {
         std::optional<unsigned> portal;
         const char* theme;
@@ -36,6 +31,9 @@ TEST(ChooseColorScheme, WithoutAnAnswerTheToolkitsThemeDecides) {
         ColorScheme expected;
     };
     for (const Case& c : std::vector<Case>{
+             {1, "Clearlooks", false, dark},
+             {2, "Adwaita-dark", true, light},
+             {2, "Adwaita", false, light},
              {std::nullopt, "Adwaita-dark", false, dark},
              {0, "Adwaita:dark", false, dark},  // GTK_THEME's variant
              {std::nullopt, "HighContrastInverse", false, dark},
@@ -43,16 +41,13 @@ TEST(ChooseColorScheme, WithoutAnAnswerTheToolkitsThemeDecides) {
              {std::nullopt, "Clearlooks", false, light},
              {0, "HighContrast", false, light},
              {7, "Raleigh", false, light},  // a value the portal does not define counts as none
+             {std::nullopt, "Adwaita", false, dark},
+             {0, "adwaita", false, dark},
+             {std::nullopt, "", false, dark},
          }) {
         EXPECT_EQ(chooseColorScheme(portal(c.portal, c.theme, c.prefersDark)), c.expected)
             << c.theme << " portal " << c.portal.value_or(99);
     }
-}
-
-TEST(ChooseColorScheme, NothingSaidKeepsThePagesOwnDarkLook) {
-    EXPECT_EQ(chooseColorScheme(portal(std::nullopt, "Adwaita")), dark);
-    EXPECT_EQ(chooseColorScheme(portal(0, "adwaita")), dark);
-    EXPECT_EQ(chooseColorScheme(portal(std::nullopt, "")), dark);
 }
 
 class ColorSchemeFollowerTest : public ::testing::Test {
@@ -62,19 +57,13 @@ protected:
     const std::string lightStyle = "html:root { --bg: #fff; }";
 };
 
-TEST_F(ColorSchemeFollowerTest, ADarkDesktopGetsDarkWindowsAndThePagesOwnLook) {
+TEST_F(ColorSchemeFollowerTest, TheSchemeAtStartSetsTheWindowsAndOnlyALightOneGivesThePageItsPalette) {
     desktop.current = portal(1);
-    ColorSchemeFollower follower(desktop, page, lightStyle);
-    EXPECT_EQ(follower.scheme(), dark);
-    EXPECT_EQ(desktop.toolkitDark, std::vector<bool>{true});
+    EXPECT_EQ(ColorSchemeFollower(desktop, page, lightStyle).scheme(), dark);
     EXPECT_TRUE(page.styleOverrides.empty());
-}
-
-TEST_F(ColorSchemeFollowerTest, ALightDesktopGetsLightWindowsAndTheLightPalette) {
     desktop.current = portal(2);
-    ColorSchemeFollower follower(desktop, page, lightStyle);
-    EXPECT_EQ(follower.scheme(), light);
-    EXPECT_EQ(desktop.toolkitDark, std::vector<bool>{false});
+    EXPECT_EQ(ColorSchemeFollower(desktop, page, lightStyle).scheme(), light);
+    EXPECT_EQ(desktop.toolkitDark, (std::vector<bool>{true, false}));
     EXPECT_EQ(page.styleOverrides, std::vector<std::string>{lightStyle});
 }
 
