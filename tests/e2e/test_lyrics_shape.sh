@@ -60,6 +60,8 @@ hovers() { [[ $(hover_lines "$1" entered) == "$2" && $(hover_lines "$1" left) ==
 round=0
 for wm in none openbox xfwm4 none; do
   window_manager "$wm"
+  # A manager that just left may still be handing its windows back to the root; let that settle.
+  sleep 1
   [[ $wm == xfwm4 ]] && label="xfwm4, composited" || label="$wm, not composited"
   # Under a manager the window may have been reparented and moved: find it again, above the backdrop.
   within 5 window_of lyrics Lyrics || give_up "$label: no lyrics window"
