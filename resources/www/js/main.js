@@ -58,11 +58,10 @@ document.addEventListener('DOMContentLoaded', () => {
   Tunelark.useLanguage(language).catch((error) => {
     Tunelark.log('the page stays in English: ' + error.message);
   }).finally(() => {
-    try {
-      Tunelark.start();
-    } finally {
-      // Even a page that failed to start must let the window appear.
-      Tunelark.post('showWindow', '');
-    }
+    // Said before the view is built: the window can be mapped while the first layout (and the font
+    // lookup it starts) runs here, and what the native side sends in answer arrives after start()
+    // anyway. A page that fails to start still lets the window appear.
+    Tunelark.post('showWindow', '');
+    Tunelark.start();
   });
 });

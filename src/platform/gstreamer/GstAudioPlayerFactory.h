@@ -9,7 +9,7 @@
 
 namespace tunelark {
 
-// Opens tracks as GStreamer players; initialises GStreamer on first construction. Main thread only.
+// Opens tracks as GStreamer players; initialises GStreamer with the first track. Main thread only.
 class GstAudioPlayerFactory : public AudioPlayerFactory {
 public:
     // prerollLimit bounds the wait for a file to become ready (random bytes need about 0.3 s to refuse).

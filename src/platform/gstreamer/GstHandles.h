@@ -1,4 +1,5 @@
 #pragma once
+#include "platform/glib/GSourceHandles.h"
 #include <gst/gst.h>
 
 #include <memory>
@@ -44,30 +45,6 @@ public:
 
     explicit operator bool() const { return id_ != 0; }
     void reset() {
-        if (id_ != 0) g_source_remove(std::exchange(id_, 0));
-    }
-
-private:
-    guint id_ = 0;
-};
-
-// A callback that runs once when the main loop has nothing more urgent to do; removing it (or destroying
-// this) before then cancels it.
-class IdleCall {
-public:
-    IdleCall() = default;
-    IdleCall(const IdleCall&) = delete;
-    IdleCall& operator=(const IdleCall&) = delete;
-    ~IdleCall() { cancel(); }
-
-    bool pending() const { return id_ != 0; }
-    // Replaces nothing: a call already pending stays the one that runs.
-    void schedule(gint priority, GSourceFunc callback, gpointer data) {
-        if (id_ == 0) id_ = g_idle_add_full(priority, callback, data, nullptr);
-    }
-    // For the callback: the source ends with it.
-    void ran() { id_ = 0; }
-    void cancel() {
         if (id_ != 0) g_source_remove(std::exchange(id_, 0));
     }
 

@@ -36,6 +36,13 @@ std::optional<unsigned> colorSchemeOf(GVariant* value) {
 }  // namespace
 
 struct GtkDesktopLookCalls {
+    static gboolean applyToolkitDark(gpointer data) noexcept {
+        auto* look = static_cast<GtkDesktopLook*>(data);
+        look->applyDark_.ran();
+        g_object_set(look->settings_, "gtk-application-prefer-dark-theme", look->toolkitDark_ ? TRUE : FALSE, nullptr);
+        return G_SOURCE_REMOVE;
+    }
+
     static void busGot(GObject*, GAsyncResult* result, gpointer data) noexcept {
         GError* error = nullptr;
         GDBusConnection* bus = g_bus_get_finish(result, &error);
@@ -143,8 +150,11 @@ DesktopAppearance GtkDesktopLook::appearance() const {
 
 void GtkDesktopLook::setOnChanged(std::function<void()> onChanged) { onChanged_ = std::move(onChanged); }
 
+// GTK reloads its whole theme on this setting, a good part of start-up if done at once; a moment later
+// the page's process is already starting beside it, and the window is not shown before the page asks.
 void GtkDesktopLook::setToolkitDark(bool dark) {
-    g_object_set(settings_, "gtk-application-prefer-dark-theme", dark ? TRUE : FALSE, nullptr);
+    toolkitDark_ = dark;
+    applyDark_.schedule(G_PRIORITY_DEFAULT, &GtkDesktopLookCalls::applyToolkitDark, this);
 }
 
 }  // namespace tunelark

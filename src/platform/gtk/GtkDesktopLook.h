@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/DesktopLook.h"
 #include "platform/glib/GObjectHandles.h"
+#include "platform/glib/GSourceHandles.h"
 
 #include <functional>
 #include <optional>
@@ -40,6 +41,8 @@ private:
     unsigned subscription_ = 0;
     std::function<void()> onChanged_;
     std::vector<SignalConnection> connections_;
+    bool toolkitDark_ = false;
+    IdleCall applyDark_;  // last, so it is cancelled before the rest goes
 };
 
 }  // namespace tunelark

@@ -1,4 +1,5 @@
 #pragma once
+#include "platform/glib/GSourceHandles.h"
 #include <glib.h>
 #include <pulse/context.h>
 #include <pulse/glib-mainloop.h>
@@ -35,28 +36,5 @@ struct OperationRelease {
     }
 };
 using PulseOperationPtr = std::unique_ptr<pa_operation, OperationRelease>;
-
-// A one-shot GLib timeout; destroying it cancels it.
-class OneShotTimeout {
-public:
-    OneShotTimeout() = default;
-    OneShotTimeout(const OneShotTimeout&) = delete;
-    OneShotTimeout& operator=(const OneShotTimeout&) = delete;
-    ~OneShotTimeout() { cancel(); }
-
-    bool pending() const { return id_ != 0; }
-    // fire must call fired() before anything else and return G_SOURCE_REMOVE.
-    void start(guint milliseconds, GSourceFunc fire, gpointer data) {
-        cancel();
-        id_ = g_timeout_add(milliseconds, fire, data);
-    }
-    void fired() { id_ = 0; }
-    void cancel() {
-        if (id_ != 0) g_source_remove(std::exchange(id_, 0));
-    }
-
-private:
-    guint id_ = 0;
-};
 
 }  // namespace tunelark
