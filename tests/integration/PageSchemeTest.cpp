@@ -5,6 +5,7 @@
 #include "platform/gtk/PageScheme.h"
 #include "platform/gtk/WkWebViewWithMouseEvent.h"
 #include "TempDir.h"
+#include "MainLoop.h"
 
 #include <glib.h>
 #include <gtest/gtest.h>
@@ -19,14 +20,6 @@
 
 namespace tunelark::test {
 namespace {
-
-bool runUntil(const std::function<bool()>& done, std::chrono::seconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    const guint ticker = g_timeout_add(10, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
-    while (!done() && std::chrono::steady_clock::now() < deadline) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(ticker);
-    return done();
-}
 
 // Fetches each URL from the page and posts, per URL, the status and body or the error it met.
 constexpr const char* kProbeScript = R"JS(

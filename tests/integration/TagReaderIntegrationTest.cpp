@@ -3,6 +3,7 @@
 #include "desktop/TrackTagMetadata.h"
 #include "platform/gstreamer/GstTagReader.h"
 #include "TempDir.h"
+#include "MainLoop.h"
 
 #include <gdk-pixbuf/gdk-pixbuf.h>
 #include <glib.h>
@@ -17,16 +18,6 @@ namespace tunelark::test {
 namespace {
 
 using namespace std::chrono_literals;
-
-bool shell(const std::string& command) { return std::system(command.c_str()) == 0; }
-
-bool runUntil(const std::function<bool()>& done, std::chrono::milliseconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    const guint ticker = g_timeout_add(10, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
-    while (!done() && std::chrono::steady_clock::now() < deadline) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(ticker);
-    return done();
-}
 
 // A PNG of one colour, as an image program saves it.
 std::string png(int size, guint32 rgba) {
