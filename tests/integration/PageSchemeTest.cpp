@@ -62,18 +62,15 @@ TEST(PageScheme, ThePageReadsItsOwnFilesAndNothingOutsideItsFolder) {
     ASSERT_TRUE(runUntil([&] { return loaded; }, std::chrono::seconds(30))) << "the page did not load";
 
     const std::string own = "tunelark://app/js/core.js";
-    // Ways out of the folder: another scheme, dot segments plain and encoded (an encoded slash keeps the
-    // URL parser from removing them), and absolute paths.
+    // Ways out of the folder as the web view hands them on: another scheme, dot segments plain and encoded
+    // (an encoded slash keeps the URL parser from removing them), and absolute paths. Every other spelling
+    // is the resolver's, and its unit test has them.
     std::vector<std::string> outside = {
         "file:///etc/passwd",
         "tunelark://app/../tunelark.appinfo",
-        "tunelark://app/%2e%2e/tunelark.appinfo",
         "tunelark://app/%2e%2e%2ftunelark.appinfo",
-        "tunelark://app/..%2Ftunelark.appinfo",
         "tunelark://app/js/%2e%2e%2f%2e%2e%2ftunelark.appinfo",
-        "tunelark://app/%2e%2e%2f%2e%2e%2f%2e%2e%2f%2e%2e%2f%2e%2e%2f%2e%2e%2f%2e%2e%2f%2e%2e%2fetc%2fpasswd",
         "tunelark://app//etc/passwd",
-        "tunelark://app/%2Fetc%2Fpasswd",
         "tunelark://app/" + resources + "/tunelark.appinfo",
     };
     nlohmann::json urls = outside;
