@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# The lyrics window with a stored play list: in two rows it shows two changing lines; a double press on it
-# brings the main window to the front; a two-rows size of 30 typed in the preferences previews a taller
-# window, and Cancel puts it back.
+# The lyrics window with a stored play list: in two rows it shows two changing lines; dragging the text
+# moves it; a double press on it brings the main window to the front; a two-rows size of 30 typed in the
+# preferences previews a taller window, and Cancel puts it back.
 # Usage: test_lyrics_window.sh BUILD_DIR   (inside tests/support/with-session.sh)
 suite=lyrics-window
 . "$(dirname "$0")/lib/player.sh"
@@ -31,18 +31,29 @@ within 5 position_reached 0 $((${at:-0} + 2))
 check "two other lines 2 s later" within 3 eval 'shows_two_lines "$artifacts/lyrics_two_rows_2.png" &&
   ! cmp -s <(convert "$artifacts/lyrics_two_rows_1.png" rgb:-) <(convert "$artifacts/lyrics_two_rows_2.png" rgb:-)'
 
-# A double press on the text raises the main window from behind another one; two presses 0.6 s apart
-# are not a double press. The pointer comes as a hand does: in from the left along the first row, over
-# its glyphs (without a compositor the window takes the pointer only there until the hover makes the
-# whole box its own), then to the centre.
+# A drag by the text, 300 left and 50 down in ten moves; each tick re-centres the window on its anchor.
+# It also takes the window away from where the preferences open, over it.
+centre() { local x y w h; read -r x y w h < <(geometry_of "$lyrics"); echo $((x + w / 2)) $((y + h / 2)); }
+read -r cx cy < <(centre)
+# As a hand comes: in from the left along the first row, over its glyphs (without a compositor the
+# window takes the pointer only there until the hover makes the whole box its own), then to the centre.
 read -r lx ly lw lh < <(geometry_of "$lyrics")
-for ((px = lx - 6; px <= lx + lw / 2; px += 3)); do xdotool mousemove "$px" $((ly + lh / 4)); done
+for ((px = lx - 6; px <= cx; px += 3)); do xdotool mousemove "$px" $((ly + lh / 4)); done
+xdotool mousemove "$cx" "$cy" mousedown 1
+for _ in $(seq 10); do xdotool mousemove_relative -- -30 5 sleep 0.05; done
+xdotool mouseup 1
+moved() { read -r nx ny < <(centre); ((nx - cx >= -302 && nx - cx <= -298 && ny - cy >= 48 && ny - cy <= 52)); }
+check "the window followed the drag" within 3 moved
+echo "  moved by ($((nx - cx)),$((ny - cy))) for (-300,50)"
+
+# A double press raises the main window from behind another one (showing a hidden one: the lyrics-shape
+# test); two presses 0.6 s apart are not a double press.
 xmessage -geometry "1200x600+$main_x+$main_y" 'covering the main window' >/dev/null 2>&1 &
 helpers+=($!)
 within 5 window_of cover xmessage || give_up "could not cover the main window"
 stack_place() { xwininfo -root -children | awk -v id="$(printf '0x%x' "$1")" '$1 ~ /^0x/ { n++ } $1 == id { print n }'; }
 above() { (($(stack_place "$1") < $(stack_place "$2"))); }
-xdotool windowraise "$lyrics" mousemove $((lx + lw / 2)) $((ly + lh / 2)) click 1 sleep 0.6 click 1 sleep 0.5
+xdotool windowraise "$lyrics" mousemove "$nx" "$ny" click 1 sleep 0.6 click 1 sleep 0.5
 check "presses 0.6 s apart leave the main window behind" above "$cover" "$main"
 xdotool sleep 0.5 click --repeat 2 --delay 100 1
 check "a double press brings the main window to the front" within 3 above "$main" "$cover"
