@@ -1,7 +1,11 @@
 // Figures for adding a folder of 10,000 tracks: the walk, the store step, the save, the play-list load
 // and message, and all of it from the request to the message as the running program does it (the walk
-// on its own thread, the main queue polling for its end). The files are empty: adding records only
-// paths and bookmarks.
+// on its own thread, the main queue polling for its end on the real clock). The files are empty: adding
+// records only paths and bookmarks.
+#include "fakes/FakeDialogs.h"
+#include "fakes/FakeMainQueue.h"
+#include "fakes/FakePageView.h"
+#include "fakes/FakeProgressIndicator.h"
 #include "library/AddFiles.h"
 #include "library/FolderWalk.h"
 #include "library/PlayList.h"
@@ -13,7 +17,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <thread>
@@ -25,71 +28,6 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int kAlbums = 100;
 constexpr int kTracks = 100;
-
-// Tasks and timers on this thread, as the main loop runs them, with the real clock.
-class LoopQueue : public MainQueue {
-public:
-    void post(std::function<void()> task) override {
-        tasks_.push_back(std::move(task));
-        ++posted_;
-    }
-    std::uint64_t postedCount() const override { return posted_; }
-    std::unique_ptr<RepeatingTimer> startRepeating(std::chrono::milliseconds interval,
-                                                   std::function<void()> action) override {
-        timers_.push_back(std::make_shared<Timer>(Timer{interval, Clock::now() + interval, std::move(action), true}));
-        return std::make_unique<Handle>(timers_.back());
-    }
-    void runOnce() {
-        const auto now = Clock::now();
-        for (std::size_t i = 0; i < timers_.size(); ++i) {
-            auto timer = timers_[i];
-            if (!timer->live || timer->next > now) continue;
-            timer->next = now + timer->interval;
-            timer->action();
-        }
-        while (!tasks_.empty()) {
-            auto task = std::move(tasks_.front());
-            tasks_.pop_front();
-            task();
-        }
-    }
-
-private:
-    struct Timer {
-        std::chrono::milliseconds interval;
-        Clock::time_point next;
-        std::function<void()> action;
-        bool live;
-    };
-    struct Handle : RepeatingTimer {
-        explicit Handle(std::shared_ptr<Timer> t) : timer(std::move(t)) {}
-        ~Handle() override { timer->live = false; }
-        std::shared_ptr<Timer> timer;
-    };
-    std::deque<std::function<void()>> tasks_;
-    std::uint64_t posted_ = 0;
-    std::vector<std::shared_ptr<Timer>> timers_;
-};
-
-struct QuietDialogs : Dialogs {
-    void alert(const std::string&) override {}
-    int ask(const std::string&, const std::string&, const std::vector<std::string>&) override { return -1; }
-    bool presentError(const std::string&) override { return false; }
-    std::optional<std::vector<std::string>> chooseFiles(const OpenPanelRequest&) override { return std::nullopt; }
-};
-
-struct NoProgress : ProgressIndicator {
-    void show(const std::string&, std::function<void()>) override { ++shows; }
-    void hide() override {}
-    int shows = 0;
-};
-
-struct CountingPage : PageView {
-    void evaluate(const std::string& script) override { bytes += script.size(); }
-    void setStyleOverride(const std::string&) override {}
-    void registerHandler(const std::string&, MessageHandler) override {}
-    std::size_t bytes = 0;
-};
 
 double millisecondsSince(Clock::time_point start) {
     return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
@@ -124,10 +62,15 @@ int main() {
     const auto walked = walkFolders(tree, {music}, control);
     std::fprintf(figures, "walk (%zu files): %.1f ms\n", walked.paths.size(), millisecondsSince(start));
 
-    LoopQueue queue;
-    QuietDialogs dialogs;
-    NoProgress progress;
-    CountingPage page;
+    test::FakeMainQueue queue;
+    test::FakeDialogs dialogs;
+    test::FakeProgressIndicator progress;
+    test::FakePageView page;
+    const auto pageBytes = [&page] {
+        std::size_t bytes = 0;
+        for (const auto& script : page.scripts) bytes += script.size();
+        return bytes;
+    };
     PageState state;
     {
         Store store((dir / "steps.sqlite").string(), queue);
@@ -143,7 +86,7 @@ int main() {
         std::fprintf(figures, "save: %.1f ms\n", millisecondsSince(start));
         start = Clock::now();
         playList.sendPlayList();
-        std::fprintf(figures, "play-list load and message (%zu bytes): %.1f ms\n", page.bytes, millisecondsSince(start));
+        std::fprintf(figures, "play-list load and message (%zu bytes): %.1f ms\n", pageBytes(), millisecondsSince(start));
         start = Clock::now();
         add.addPaths(walked.paths);
         store.saveNow();
@@ -157,13 +100,17 @@ int main() {
     store.fetchMp3Entities();
     start = Clock::now();
     add.add({music});
-    while (!sent || store.hasChanges()) {
-        queue.runOnce();
+    // The queue's clock follows the real one, so that its timers fire as the main loop's would.
+    for (auto ticked = start; !sent || store.hasChanges();) {
         std::this_thread::sleep_for(std::chrono::microseconds(200));
+        const auto due = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - ticked);
+        queue.drain();
+        queue.advance(due);
+        ticked += due;
     }
     std::fprintf(figures, "whole add of the folder, request to saved and sent (%zu entries): %.1f ms%s\n",
                  store.fetchMp3Entities()->size(), millisecondsSince(start),
-                 progress.shows ? ", progress shown" : "");
+                 !progress.texts.empty() ? ", progress shown" : "");
     std::filesystem::remove_all(dir);
     return 0;
 }

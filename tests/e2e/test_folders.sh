@@ -44,13 +44,7 @@ for album in range(100):
         open(os.path.join(folder, "Track %02d.mp3" % track), "w").close()
 PY
 mark=$(log_mark)
-"$build/tests/tl-drag-source" "$big" >"$work/drag.out" 2>&1 &
-helpers+=($!)
-within 10 window_of source tl-drag-source || give_up "no window to drag from"
-read -r x y w h < <(geometry_of "$main")
-xdotool mousemove 80 60 mousedown 1
-for step in $(seq 10); do xdotool mousemove $((80 + (x + w / 2 - 80) * step / 10)) $((60 + (y + h / 2 - 60) * step / 10)) sleep 0.1; done
-xdotool mouseup 1
+drag_to_main "$big"
 check "the dropped folder's ten thousand tracks reach the page" \
   within 30 eval '(($(playlist_since "$mark" | grep -o "Track%20[0-9]*\.mp3" | wc -l) == 10000))'
 check "the walk counted them" console_has "Walked folders: 10000 audio and lyric files"

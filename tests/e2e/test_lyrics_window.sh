@@ -9,7 +9,7 @@ make_song "$work/music" song 60
 "$build/tests/tl-prepare-store" "$work/data/Tunelark/Tunelark.sqlite" "$work/music/song."{mp3,lrc} >/dev/null ||
   give_up "could not prepare the store"
 start_to_page
-play_first_row || give_up "no setIsPlaying(true); after double clicks on the row"
+play_row || give_up "no setIsPlaying(true); after double clicks on the row"
 click_main "${LYRICS_SWITCH[@]}"
 check "the switch turned the lyrics window on" within 5 switched_lyrics_on
 click_main "${TWO_ROWS[@]}"
@@ -32,6 +32,7 @@ check "two other lines 2 s later" within 3 eval 'shows_two_lines "$artifacts/lyr
   ! cmp -s <(convert "$artifacts/lyrics_two_rows_1.png" rgb:-) <(convert "$artifacts/lyrics_two_rows_2.png" rgb:-)'
 
 # A drag by the text, 300 left and 50 down in ten moves; each tick re-centres the window on its anchor.
+# It also takes the window away from where the preferences open, over it.
 centre() { local x y w h; read -r x y w h < <(geometry_of "$lyrics"); echo $((x + w / 2)) $((y + h / 2)); }
 read -r cx cy < <(centre)
 # As a hand comes: in from the left along the first row, over its glyphs (without a compositor the
@@ -45,8 +46,8 @@ moved() { read -r nx ny < <(centre); ((nx - cx >= -302 && nx - cx <= -298 && ny 
 check "the window followed the drag" within 3 moved
 echo "  moved by ($((nx - cx)),$((ny - cy))) for (-300,50)"
 
-# A double press raises the main window from behind another one, and shows it when hidden; two presses
-# 0.6 s apart are not a double press.
+# A double press raises the main window from behind another one (showing a hidden one: the lyrics-shape
+# test); two presses 0.6 s apart are not a double press.
 xmessage -geometry "1200x600+$main_x+$main_y" 'covering the main window' >/dev/null 2>&1 &
 helpers+=($!)
 within 5 window_of cover xmessage || give_up "could not cover the main window"
@@ -56,10 +57,6 @@ xdotool windowraise "$lyrics" mousemove "$nx" "$ny" click 1 sleep 0.6 click 1 sl
 check "presses 0.6 s apart leave the main window behind" above "$cover" "$main"
 xdotool sleep 0.5 click --repeat 2 --delay 100 1
 check "a double press brings the main window to the front" within 3 above "$main" "$cover"
-xdotool windowunmap "$main"
-within 3 not viewable "$main"
-xdotool click --repeat 2 --delay 100 1
-check "a double press shows the hidden main window" within 3 viewable "$main"
 
 # The preferences (Ctrl+comma): the two-rows field, second in the grid, previews as it is typed.
 read -r _ _ _ h0 < <(geometry_of "$lyrics")

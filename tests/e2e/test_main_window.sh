@@ -62,7 +62,7 @@ for manager in none openbox xfwm4; do
   window_manager "$manager"
   start_to_page
   read -r main_x main_y _ < <(frame_of "$main")  # click_main's origin: the drawn window
-  play_first_row || give_up "no setIsPlaying(true); after double clicks on the row ($manager)"
+  play_row || give_up "no setIsPlaying(true); after double clicks on the row ($manager)"
   read -r ax ay aw ah < <(work_area)
   maximised="$ax $ay $aw $ah" restored="$((ax + (aw - 1200) / 2)) $((ay + (ah - 600) / 2)) 1200 600"
 

@@ -91,13 +91,7 @@ check "Raise shows the hidden main window" within 5 viewable "$main"
 make_song "$work/music" five 10
 echo 'not audio' >notes.txt
 mark=$(log_mark)
-"$build/tests/tl-drag-source" "$work/music/"{five.mp3,five.lrc,notes.txt} >"$work/drag.out" 2>&1 &
-helpers+=($!)
-within 10 window_of source tl-drag-source || give_up "no window to drag from"
-read -r x y w h < <(geometry_of "$main")
-xdotool mousemove 80 60 mousedown 1
-for step in $(seq 10); do xdotool mousemove $((80 + (x + w / 2 - 80) * step / 10)) $((60 + (y + h / 2 - 60) * step / 10)) sleep 0.1; done
-xdotool mouseup 1
+drag_to_main "$work/music/"{five.mp3,five.lrc,notes.txt}
 check "the dropped track and lyric file reach the page's list" within 10 eval \
   'calls_since "$mark" | grep -q "^setPlayList(\".*five.mp3.*\",\".*five.lrc"'
 check "the drag source saw the drop end" within 5 grep -q 'drag ended' "$work/drag.out"

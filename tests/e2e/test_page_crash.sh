@@ -12,7 +12,7 @@ make_song "$work/music" song 180  # long enough not to end, and start again, whi
 mp3=$(url_of "$work/music/song.mp3")
 
 start_to_page
-play_first_row || give_up "no setIsPlaying(true); after double clicks on the row"
+play_row || give_up "no setIsPlaying(true); after double clicks on the row"
 click_main "${LYRICS_SWITCH[@]}"
 within 5 switched_lyrics_on || give_up "the switch did not turn the lyrics window on"
 click_main "${TWO_ROWS[@]}"

@@ -67,7 +67,7 @@ check "after SIGKILL right after adding, a restart gets the same play list" test
 
 # --- Playing: the double click, the time, the sound.
 mark=$(log_mark)
-play_first_row || give_up "no setIsPlaying(true); after double clicks on the row"
+play_row || give_up "no setIsPlaying(true); after double clicks on the row"
 for call in "setPlayingFilePath(\"$mp3\");" 'setDuration("01:00");' 'setMainFileName("晴天");'; do
   check "the page got $call" said_since "$mark" "$call"
 done

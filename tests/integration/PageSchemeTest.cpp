@@ -5,6 +5,7 @@
 #include "platform/gtk/PageScheme.h"
 #include "platform/gtk/WkWebViewWithMouseEvent.h"
 #include "TempDir.h"
+#include "MainLoop.h"
 
 #include <glib.h>
 #include <gtest/gtest.h>
@@ -19,14 +20,6 @@
 
 namespace tunelark::test {
 namespace {
-
-bool runUntil(const std::function<bool()>& done, std::chrono::seconds limit) {
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    const guint ticker = g_timeout_add(10, [](gpointer) -> gboolean { return G_SOURCE_CONTINUE; }, nullptr);
-    while (!done() && std::chrono::steady_clock::now() < deadline) g_main_context_iteration(nullptr, TRUE);
-    g_source_remove(ticker);
-    return done();
-}
 
 // Fetches each URL from the page and posts, per URL, the status and body or the error it met.
 constexpr const char* kProbeScript = R"JS(
@@ -69,18 +62,15 @@ TEST(PageScheme, ThePageReadsItsOwnFilesAndNothingOutsideItsFolder) {
     ASSERT_TRUE(runUntil([&] { return loaded; }, std::chrono::seconds(30))) << "the page did not load";
 
     const std::string own = "tunelark://app/js/core.js";
-    // Ways out of the folder: another scheme, dot segments plain and encoded (an encoded slash keeps the
-    // URL parser from removing them), and absolute paths.
+    // Ways out of the folder as the web view hands them on: another scheme, dot segments plain and encoded
+    // (an encoded slash keeps the URL parser from removing them), and absolute paths. Every other spelling
+    // is the resolver's, and its unit test has them.
     std::vector<std::string> outside = {
         "file:///etc/passwd",
         "tunelark://app/../tunelark.appinfo",
-        "tunelark://app/%2e%2e/tunelark.appinfo",
         "tunelark://app/%2e%2e%2ftunelark.appinfo",
-        "tunelark://app/..%2Ftunelark.appinfo",
         "tunelark://app/js/%2e%2e%2f%2e%2e%2ftunelark.appinfo",
-        "tunelark://app/%2e%2e%2f%2e%2e%2f%2e%2e%2f%2e%2e%2f%2e%2e%2f%2e%2e%2f%2e%2e%2f%2e%2e%2fetc%2fpasswd",
         "tunelark://app//etc/passwd",
-        "tunelark://app/%2Fetc%2Fpasswd",
         "tunelark://app/" + resources + "/tunelark.appinfo",
     };
     nlohmann::json urls = outside;

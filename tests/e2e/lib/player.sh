@@ -132,14 +132,27 @@ start_to_page() {
 ADD_FILES=(935 71) FIRST_ROW=(300 196) LYRICS_SWITCH=(1148 390) TWO_ROWS=(1103 427)
 PLAY_PAUSE=(96 558) SPEED_DOWN=(1081 558) SPEED_UP=(1159 558)
 click_main() { xdotool mousemove $((main_x + $1)) $((main_y + $2)) click "${@:3}" 1; } # X Y [CLICK OPTIONS]
-# Double-clicks the first row until the page hears it plays (the list may still be laid out).
-play_first_row() {
+# Double-clicks row N (default 1; rows are 52 pixels apart) until the page hears it plays (the list may
+# still be laid out).
+play_row() {
   local mark try; mark=$(log_mark)
   for try in 1 2 3; do
-    click_main "${FIRST_ROW[@]}" --repeat 2 --delay 80
+    click_main "${FIRST_ROW[0]}" $((FIRST_ROW[1] + 52 * (${1:-1} - 1))) --repeat 2 --delay 80
     within 3 said_since "$mark" 'setIsPlaying(true);' && return 0
   done
   return 1
+}
+# drag_to_main FILE...: tl-drag-source offers the files and the pointer drags them, as a hand does, from
+# it to the middle of the main window.
+drag_to_main() {
+  local x y w h step
+  "$build/tests/tl-drag-source" "$@" >"$work/drag.out" 2>&1 &
+  helpers+=($!)
+  within 10 window_of source tl-drag-source || give_up "no window to drag from"
+  read -r x y w h < <(geometry_of "$main")
+  xdotool mousemove 80 60 mousedown 1
+  for step in $(seq 10); do xdotool mousemove $((80 + (x + w / 2 - 80) * step / 10)) $((60 + (y + h / 2 - 60) * step / 10)) sleep 0.1; done
+  xdotool mouseup 1
 }
 switched_lyrics_on() { grep -a '^TurnLyricsOnByJsHandler {' "$out" | grep -aF '"needOn":"true"' | grep -qaF '"rowAmoutString":"oneRow"'; }
 
