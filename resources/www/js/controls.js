@@ -51,8 +51,13 @@ Tunelark.Controls = class {
     this.shownCurrent = text;
   }
 
+  // The thumb moves by whole pixels: a value that would leave it on the same pixel is not written, as
+  // the repaint would show nothing new (over a song of a few minutes the thumb moves a pixel every few
+  // ticks). Until the slider has been laid out every value is written.
   showSlider() {
     if (this.seeking || this.state.slider === this.shownSlider) return;
+    const pixel = (value) => Math.round(value * this.sliderTravel / 10000);
+    if (this.sliderTravel > 0 && pixel(this.state.slider) === pixel(this.shownSlider)) return;
     this.el.slider.value = this.state.slider;
     this.shownSlider = this.state.slider;
   }
@@ -182,6 +187,9 @@ Tunelark.Controls = class {
     const slider = this.el.slider;
     const begin = () => { this.seeking = true; };
     slider.addEventListener('focus', () => this.describeSlider());
+    // How far the thumb travels: the slider's width less the thumb's (14 px in player.css).
+    this.sliderTravel = 0;
+    new ResizeObserver(([entry]) => { this.sliderTravel = Math.max(0, entry.contentRect.width - 14); }).observe(slider);
     slider.addEventListener('pointerdown', begin);
     slider.addEventListener('mousedown', begin);
     slider.addEventListener('input', () => {
