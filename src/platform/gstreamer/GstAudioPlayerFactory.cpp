@@ -3,6 +3,7 @@
 #include "platform/gstreamer/GstAudioPlayer.h"
 
 #include <gst/gst.h>
+#include <malloc.h>
 
 namespace tunelark {
 
@@ -11,7 +12,16 @@ GstAudioPlayerFactory::GstAudioPlayerFactory(std::chrono::milliseconds prerollLi
 std::unique_ptr<AudioPlayer> GstAudioPlayerFactory::open(const std::string& path) {
     // Not at start-up: reading the plugin registry would delay the page, and most starts play later.
     if (!gst_is_initialized()) gst_init(nullptr, nullptr);
+    // A track's streaming threads free what they used in their own malloc arenas, which keep it; a
+    // moment after the last change of track it goes back to the system.
+    trim_.start(1000, &GstAudioPlayerFactory::trimMemory, this);
     return GstAudioPlayer::open(path, prerollLimit_, spare_);
+}
+
+gboolean GstAudioPlayerFactory::trimMemory(gpointer self) noexcept {
+    static_cast<GstAudioPlayerFactory*>(self)->trim_.fired();
+    malloc_trim(0);
+    return G_SOURCE_REMOVE;
 }
 
 }  // namespace tunelark

@@ -18,9 +18,12 @@ public:
     std::unique_ptr<AudioPlayer> open(const std::string& path) override;
 
 private:
+    static gboolean trimMemory(gpointer) noexcept;
+
     std::chrono::milliseconds prerollLimit_;
     // Shared with the players, which leave their pipeline here when they go.
     std::shared_ptr<std::optional<SparePipeline>> spare_ = std::make_shared<std::optional<SparePipeline>>();
+    OneShotTimeout trim_;
 };
 
 }  // namespace tunelark
