@@ -40,6 +40,13 @@ T.test('the slider seeks on release and the clock does not move it while held', 
   }, [['nativeSetCurrentPercent', { currentPercent: '2500' }]]);
   setSliderCurrentValue(2600);
   T.eq(slider.value, '2600', 'the clock moves it again after release');
+  // Laid out, a value that leaves the thumb on its pixel is not written; one that moves it is.
+  await T.sleep(50);
+  const perPixel = 10000 / (slider.getBoundingClientRect().width - 14);
+  setSliderCurrentValue(2600 + Math.floor(perPixel / 3));
+  T.eq(slider.value, '2600', 'the same pixel');
+  setSliderCurrentValue(2600 + Math.ceil(perPixel * 2));
+  T.eq(slider.value, String(2600 + Math.ceil(perPixel * 2)), 'two pixels on');
 });
 
 T.test('the lyrics switch and row buttons send the misspelled keys; about and copy', async () => {
