@@ -30,6 +30,8 @@ namespace {
 
 using Shared = GstTagReader::Shared;
 
+constexpr std::chrono::milliseconds kSettle{150};
+
 struct TagListRelease {
     void operator()(GstTagList* tags) const noexcept { gst_tag_list_unref(tags); }
 };
@@ -155,13 +157,19 @@ void work(const std::shared_ptr<Shared>& shared, std::chrono::milliseconds limit
             if (shared->stopping) return;
             job = std::move(*shared->pending);
             shared->pending.reset();
+            // Tracks skipped past within a moment are not read: a burst of next and previous would
+            // otherwise keep a pipeline of ours busy reading tracks that nobody listens to.
+            if (shared->wake.wait_for(lock, kSettle, [&] { return shared->stopping || shared->pending; })) continue;
         }
         // Nothing may escape the thread: a file that cannot be read (or a picture too large to copy) is
         // answered with empty tags.
         guardedCall("tag reading", [&] {
             auto answer = std::make_unique<Answer>(Answer{shared, std::move(job.done), TrackTags{}});
             try {
-                if (!discoverer) discoverer = GObjectPtr<GstDiscoverer>::adopt(gst_discoverer_new(timeout, nullptr));
+                if (!discoverer) {
+                    if (!gst_is_initialized()) gst_init(nullptr, nullptr);
+                    discoverer = GObjectPtr<GstDiscoverer>::adopt(gst_discoverer_new(timeout, nullptr));
+                }
                 if (discoverer) answer->tags = discover(discoverer.get(), job.path);
             } catch (const std::exception& e) {
                 g_log(kLogDomain, G_LOG_LEVEL_MESSAGE, "Cannot read the tags of %s: %s", job.path.c_str(), e.what());
@@ -174,7 +182,6 @@ void work(const std::shared_ptr<Shared>& shared, std::chrono::milliseconds limit
 }  // namespace
 
 GstTagReader::GstTagReader(std::chrono::milliseconds limit) : shared_(std::make_shared<Shared>()) {
-    if (!gst_is_initialized()) gst_init(nullptr, nullptr);
     worker_ = std::thread([shared = shared_, limit] { work(shared, limit); });
 }
 

@@ -8,9 +8,9 @@
 
 namespace tunelark {
 
-// Reads tags with GStreamer's discoverer on a thread of its own, one file at a time, and answers on GLib's
-// default main context. Initialises GStreamer when needed. Destroying it waits for a read under way,
-// which takes at most about the limit.
+// Reads tags with GStreamer's discoverer on a thread of its own, one file at a time and only once no newer
+// request has come for a moment, and answers on GLib's default main context. Initialises GStreamer when
+// needed, on that thread. Destroying it waits for a read under way, which takes at most about the limit.
 class GstTagReader : public TagReader {
 public:
     explicit GstTagReader(std::chrono::milliseconds limit = std::chrono::seconds(3));
