@@ -13,14 +13,14 @@ using namespace tunelark;
 int main() {
     constexpr int kEntries = 10000;
     const auto dir = std::filesystem::temp_directory_path() / ("tl-bench-store-" + std::to_string(::getpid()));
-    std::filesystem::remove_all(dir);
     const std::string path = (dir / "Tunelark.sqlite").string();
     test::FakeMainQueue queue;  // the bench runs the queued save itself, as the main loop would
     auto start = std::chrono::steady_clock::now();
-    auto lap = [&start](const char* format, auto... args) {
+    const auto lap = [&start](const char* what, std::size_t entries) {
         const auto now = std::chrono::steady_clock::now();
-        std::printf(format, args..., std::chrono::duration<double, std::milli>(now - start).count());
-        start = std::chrono::steady_clock::now();
+        const double ms = std::chrono::duration<double, std::milli>(now - start).count();
+        std::printf("%s, %zu entries: %.1f ms\n", what, entries, ms);
+        start = now;
     };
     {
         Store store(path, queue);
@@ -28,31 +28,22 @@ int main() {
         start = std::chrono::steady_clock::now();
         for (int i = 0; i < kEntries; ++i) {
             auto& entry = *store.insertMp3Entity();
-            const std::string stem = "file:///home/user/Music/Artist%20" + std::to_string(i % 97) + "/Track%20" +
-                                     std::to_string(i);
-            entry.filePath = stem + ".mp3";
-            entry.mainPathFileName = stem;
-            entry.fileName = "Track " + std::to_string(i) + ".mp3";
-            entry.duration = "00:00";
-            entry.bookmark = Bytes(90, static_cast<std::uint8_t>(i));
-            entry.no = static_cast<std::int16_t>(i + 1);
+            const std::string stem = "file:///home/user/Music/" + std::to_string(i % 97) + "/Track%20" + std::to_string(i);
+            entry = Mp3Entity{Bytes(90, std::uint8_t(i)), false, "00:00", "Track " + std::to_string(i) + ".mp3",
+                              stem + ".mp3", stem, std::int16_t(i + 1)};
         }
         store.saveChanges();
         queue.drain();
-        lap("insert and save %d audio entries: %.1f ms\n", kEntries);
+        lap("insert and save", kEntries);
     }
     Store store(path, queue);
     start = std::chrono::steady_clock::now();
-    auto entries = store.fetchMp3Entities();
-    lap("open and fetch %zu audio entries (fresh store): %.1f ms\n", entries ? entries->size() : 0);
-    store.fetchMp3Entities();
-    lap("fetch them again (same objects): %.1f ms\n");
-    const bool unchanged = !store.hasChanges();
-    lap("has changes with nothing changed (%s): %.2f ms\n", unchanged ? "false" : "true");
-    for (auto& entry : *entries) entry->no = static_cast<std::int16_t>(kEntries - entry->no + 1);
+    auto entries = store.fetchMp3Entities().value_or(Records<Mp3Entity>{});
+    lap("open and fetch from a fresh store", entries.size());
+    for (auto& entry : entries) entry->no = std::int16_t(kEntries - entry->no + 1);
     store.saveChanges();
     queue.drain();
-    lap("change all and save: %.1f ms\n");
+    lap("change all and save", entries.size());
     std::filesystem::remove_all(dir);
     return 0;
 }

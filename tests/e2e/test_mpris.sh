@@ -87,16 +87,6 @@ window_of main Tunelark && xdotool windowunmap --sync "$main"
 bus_call org.mpris.MediaPlayer2.Raise >/dev/null 2>&1
 check "Raise shows the hidden main window" within 5 viewable "$main"
 
-# Files dropped from another program join the play list; the track and the page stay as they are.
-make_song "$work/music" five 10
-echo 'not audio' >notes.txt
-mark=$(log_mark)
-drag_to_main "$work/music/"{five.mp3,five.lrc,notes.txt}
-check "the dropped track and lyric file reach the page's list" within 10 eval \
-  'calls_since "$mark" | grep -q "^setPlayList(\".*five.mp3.*\",\".*five.lrc"'
-check "the drag source saw the drop end" within 5 grep -q 'drag ended' "$work/drag.out"
-check "the text file is left out" eval '! calls_since "$mark" | grep "^setPlayList(" | grep -q notes.txt'
-check "the drop changes neither the track nor the page" eval 'title_is four && (($(grep -c oncontextmenu "$err") == 1))'
 bus_call org.mpris.MediaPlayer2.Quit >/dev/null 2>&1
 check "Quit ends the program with status 0" ended_ok 10
 report

@@ -2,11 +2,24 @@
 #include <glib.h>
 
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <functional>
 #include <string>
 
 namespace tunelark::test {
+
+// An ID3v2.3 tag holding the frames, and a picture frame of an APIC type, as a tagger writes cover art.
+inline std::string pictureFrame(char apicType, const std::string& mimeType, const std::string& image) {
+    const std::string body = '\0' + mimeType + '\0' + apicType + '\0' + image;
+    const auto n = std::uint32_t(body.size());
+    return "APIC" + std::string{char(n >> 24), char(n >> 16), char(n >> 8), char(n)} + std::string(2, '\0') + body;
+}
+inline std::string id3Tag(const std::string& frames) {
+    const auto n = std::uint32_t(frames.size());
+    return std::string("ID3\x03\0\0", 6) +
+           std::string{char(n >> 21 & 0x7F), char(n >> 14 & 0x7F), char(n >> 7 & 0x7F), char(n & 0x7F)} + frames;
+}
 
 inline bool shell(const std::string& command) { return std::system(command.c_str()) == 0; }
 

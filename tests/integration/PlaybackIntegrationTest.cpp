@@ -41,6 +41,12 @@ double dominantFrequencyOn(const std::string& sink) {
     return best;
 }
 
+std::string noise(std::size_t size, std::uint32_t state) {
+    std::string bytes(size, '\0');
+    for (char& c : bytes) c = char((state = state * 1664525u + 1013904223u) >> 24);
+    return bytes;
+}
+
 class PlaybackIntegrationTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -88,22 +94,10 @@ TEST_F(PlaybackIntegrationTest, FilesWithoutPlayableAudioAreRefusedAtOnce) {
     std::filesystem::create_directory(dir.file("folder.mp3"));
     writeAll(dir.file("empty.mp3"), "");
     writeAll(dir.file("header.mp3"), std::string("ID3\x03\0\0\0\0\0\0\xff\xfb\x90\x64", 14));
-    std::string noise(256 * 1024, '\0');
-    for (std::uint32_t state = 12345; char& c : noise) c = char((state = state * 1664525u + 1013904223u) >> 24);
-    writeAll(dir.file("noise.mp3"), noise);
+    writeAll(dir.file("noise.mp3"), noise(256 * 1024, 12345));
     for (auto name : {"pipe.mp3", "folder.mp3", "empty.mp3", "header.mp3", "noise.mp3", "missing.mp3"}) {
         EXPECT_EQ(openBounded(name), nullptr) << name;
     }
-}
-
-// An ID3v2.3 tag of about `size` bytes: one picture frame of noise, as a tagger writes cover art.
-std::string id3TagWithPicture(std::size_t size) {
-    std::string body = std::string("\0image/jpeg\0\x03\0", 14) + std::string(size, '\0');
-    for (std::uint32_t state = 7; char& c : body) c = char((state = state * 1664525u + 1013904223u) >> 24);
-    const auto bigEndian = [](std::uint32_t v) { return std::string{char(v >> 24), char(v >> 16), char(v >> 8), char(v)}; };
-    const std::string frame = "APIC" + bigEndian(std::uint32_t(body.size())) + std::string(2, '\0') + body;
-    const auto n = std::uint32_t(frame.size());
-    return std::string("ID3\x03\0\0", 6) + std::string{char(n >> 21 & 0x7F), char(n >> 14 & 0x7F), char(n >> 7 & 0x7F), char(n & 0x7F)} + frame;
 }
 
 // Files as users' folders hold them: each plays from where it is put to one reported end.
@@ -113,7 +107,7 @@ TEST_F(PlaybackIntegrationTest, OtherFormatsNamedMp3ATaggedFileAndACutFilePlayTo
                       dir.file("w.wav") + " " + dir.file("v.ogg")));
     writeAll(dir.file("wave.mp3"), readAll(dir.file("w.wav")));
     writeAll(dir.file("vorbis.mp3"), readAll(dir.file("v.ogg")));
-    writeAll(dir.file("cover art.mp3"), id3TagWithPicture(1 << 20) + mp3);
+    writeAll(dir.file("cover art.mp3"), id3Tag(pictureFrame('\3', "image/jpeg", noise(1 << 20, 7))) + mp3);
     writeAll(dir.file("half.mp3"), mp3.substr(0, mp3.size() / 2 + 77));  // a download stopped inside a frame
     for (auto [name, length, from] : {std::tuple{"wave.mp3", 1.0, 0.0}, {"vorbis.mp3", 1.0, 0.0},
                                       {"cover art.mp3", 2.0, 1.5}, {"half.mp3", 1.0, 0.0}}) {

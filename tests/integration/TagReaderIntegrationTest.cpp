@@ -32,19 +32,6 @@ std::string png(int size, guint32 rgba) {
     return data;
 }
 
-// An ID3v2.3 picture frame of an APIC type, with a PNG.
-std::string pictureFrame(char apicType, const std::string& image) {
-    const std::string body = std::string("\0image/png\0", 11) + apicType + std::string("\0", 1) + image;
-    const auto n = std::uint32_t(body.size());
-    return "APIC" + std::string{char(n >> 24), char(n >> 16), char(n >> 8), char(n)} + std::string(2, '\0') + body;
-}
-
-std::string id3Tag(const std::string& frames) {
-    const auto n = std::uint32_t(frames.size());
-    return std::string("ID3\x03\0\0", 6) +
-           std::string{char(n >> 21 & 0x7F), char(n >> 14 & 0x7F), char(n >> 7 & 0x7F), char(n & 0x7F)} + frames;
-}
-
 class TagReaderIntegrationTest : public ::testing::Test {
 protected:
     // A second of tone encoded by lame with the lame options given (tags are written as UTF-16).
@@ -92,7 +79,8 @@ TEST_F(TagReaderIntegrationTest, TheTagsOfAFileTaggedByLameArriveOnTheMainLoopWi
 TEST_F(TagReaderIntegrationTest, PicturesKeepTheKindTheirTagGivesThemAndTheFrontCoverIsShown) {
     const std::string other = png(4, 0x00FF00FF), front = png(8, 0x0000FFFF);
     writeAll(dir.file("covers.mp3"),
-             id3Tag(pictureFrame('\0', other) + pictureFrame('\3', front)) + readAll(song("plain.mp3")));
+             id3Tag(pictureFrame('\0', "image/png", other) + pictureFrame('\3', "image/png", front)) +
+                 readAll(song("plain.mp3")));
     const auto tags = readTags(reader, dir.file("covers.mp3"));
     ASSERT_TRUE(tags);
     ASSERT_EQ(tags->pictures.size(), 2u);
