@@ -101,7 +101,7 @@ double queryDuration(GstElement* pipeline) {
 }  // namespace
 
 std::unique_ptr<GstAudioPlayer> GstAudioPlayer::open(const std::string& path, std::chrono::milliseconds prerollLimit,
-                                                     std::shared_ptr<std::optional<SparePipeline>> spare) {
+                                                     std::shared_ptr<SparePipelines> spare) {
     if (auto reason = notARegularFile(path)) {
         logCannotPlay(path, *reason);
         return nullptr;
@@ -110,10 +110,9 @@ std::unique_ptr<GstAudioPlayer> GstAudioPlayer::open(const std::string& path, st
     if (!uri) return nullptr;
     PipelinePtr pipeline;
     BusPtr bus;
-    if (spare && *spare) {
-        pipeline = std::move((*spare)->pipeline);
-        bus = std::move((*spare)->bus);
-        spare->reset();
+    if (auto settled = spare ? spare->take() : std::nullopt) {
+        pipeline = std::move(settled->pipeline);
+        bus = std::move(settled->bus);
         g_object_set(pipeline.get(), "uri", uri->c_str(), nullptr);
     } else {
         pipeline = makePlaybin(*uri);
@@ -139,7 +138,7 @@ std::unique_ptr<GstAudioPlayer> GstAudioPlayer::open(const std::string& path, st
 }
 
 GstAudioPlayer::GstAudioPlayer(PipelinePtr pipeline, BusPtr bus, double duration,
-                               std::weak_ptr<std::optional<SparePipeline>> spare)
+                               std::weak_ptr<SparePipelines> spare)
     : pipeline_(std::move(pipeline)), bus_(std::move(bus)), duration_(duration), spare_(std::move(spare)) {
     watch_ = BusWatch(bus_.get(), &GstAudioPlayer::onBusMessage, this);
 }
@@ -149,12 +148,8 @@ GstAudioPlayer::~GstAudioPlayer() {
     apply_.cancel();
     auto spare = spare_.lock();
     // A failed pipeline may be in any state; it goes down with its members.
-    if (!spare || spare->has_value() || failed_ || bus_.get() == busInDispatch) return;
-    if (gst_element_set_state(pipeline_.get(), GST_STATE_READY) == GST_STATE_CHANGE_FAILURE) return;
-    // What the bus still holds belongs to this track.
-    gst_bus_set_flushing(bus_.get(), TRUE);
-    gst_bus_set_flushing(bus_.get(), FALSE);
-    spare->emplace(SparePipeline{std::move(pipeline_), std::move(bus_)});
+    if (!spare || failed_ || bus_.get() == busInDispatch) return;
+    spare->settle(SparePipeline{std::move(pipeline_), std::move(bus_)}, spare);
 }
 
 gboolean GstAudioPlayer::onIdle(gpointer self) noexcept {

@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/AudioPlayer.h"
 #include "platform/gstreamer/GstHandles.h"
+#include "platform/gstreamer/SparePipelines.h"
 
 #include <chrono>
 #include <functional>
@@ -19,10 +20,10 @@ class GstAudioPlayer : public AudioPlayer {
 public:
     // Opens the file and waits (at most prerollLimit) until it is ready to play; nullptr when it cannot
     // be played: missing, empty, not a media file, no audio stream, or not ready in time.
-    // A pipeline left in `spare` is used instead of a new one, and this player's is left there when it
-    // goes (unless it failed).
+    // A pipeline settled in `spare` is used instead of a new one, and this player's is settled there when
+    // it goes (unless it failed).
     static std::unique_ptr<GstAudioPlayer> open(const std::string& path, std::chrono::milliseconds prerollLimit,
-                                                std::shared_ptr<std::optional<SparePipeline>> spare = {});
+                                                std::shared_ptr<SparePipelines> spare = {});
 
     ~GstAudioPlayer() override;
     GstAudioPlayer(const GstAudioPlayer&) = delete;
@@ -44,7 +45,7 @@ public:
 
 private:
     GstAudioPlayer(PipelinePtr pipeline, BusPtr bus, double duration,
-                   std::weak_ptr<std::optional<SparePipeline>> spare);
+                   std::weak_ptr<SparePipelines> spare);
     static gboolean onBusMessage(GstBus* bus, GstMessage* message, gpointer self) noexcept;
     static gboolean onIdle(gpointer self) noexcept;
     void handleMessage(GstMessage* message);
@@ -68,7 +69,7 @@ private:
     std::function<void(const std::string&)> onError_;
     std::optional<double> pendingSeek_;  // seconds, at appliedRate_
     std::optional<GstState> pendingState_;
-    std::weak_ptr<std::optional<SparePipeline>> spare_;
+    std::weak_ptr<SparePipelines> spare_;
     IdleCall apply_;
     BusWatch watch_;  // last: removed first, so no callback reaches a half-destroyed player
 };

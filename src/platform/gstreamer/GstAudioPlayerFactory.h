@@ -1,6 +1,6 @@
 #pragma once
 #include "platform/AudioPlayer.h"
-#include "platform/gstreamer/GstHandles.h"
+#include "platform/gstreamer/SparePipelines.h"
 
 #include <chrono>
 #include <memory>
@@ -22,7 +22,7 @@ private:
 
     std::chrono::milliseconds prerollLimit_;
     // Shared with the players, which leave their pipeline here when they go.
-    std::shared_ptr<std::optional<SparePipeline>> spare_ = std::make_shared<std::optional<SparePipeline>>();
+    std::shared_ptr<SparePipelines> spare_ = std::make_shared<SparePipelines>();
     OneShotTimeout trim_;
 };
 

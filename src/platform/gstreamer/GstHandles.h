@@ -52,8 +52,7 @@ private:
     guint id_ = 0;
 };
 
-// A playbin kept in READY after its track was dropped, so that the next track skips building the
-// pipeline and connecting to the sound server. At most one is kept.
+// A playbin and its bus, kept for the next track once its own was dropped (SparePipelines).
 struct SparePipeline {
     PipelinePtr pipeline;
     BusPtr bus;
