@@ -95,6 +95,12 @@ pss_mib() { # of the player and its descendants
   for p in $(tree_of "$player_pid"); do cat "/proc/$p/smaps_rollup" 2>/dev/null; done |
     awk '/^Pss:/ { k += $2 } END { printf "%.1f", k / 1024 }'
 }
+pss_split() { # the same, process by process
+  local p
+  for p in $(tree_of "$player_pid"); do
+    printf '%s %s MiB, ' "$(cat "/proc/$p/comm")" "$(awk '/^Pss:/ { printf "%.1f", $2 / 1024 }' "/proc/$p/smaps_rollup")"
+  done 2>/dev/null | sed 's/, $//'
+}
 indent() { sed 's/^/    /'; }
 
 # --- 1 and 3: CPU, each run the player shown, then minimised, then the floor, one after the other.
@@ -172,16 +178,17 @@ start_player
 started_and_shown
 mpris Next && playing || give_up "Next did not start the first item"
 sleep 3
-pss0=$(pss_mib) t0=$EPOCHREALTIME
+pss0=$(pss_mib) split0=$(pss_split) t0=$EPOCHREALTIME
 for ((i = 1; i <= changes; i++)); do
   if ((i % 3)); then mpris Next; else mpris Previous; fi || give_up "change $i: the player did not answer"
-  if ((i == 100)); then sleep 2 && pss100=$(pss_mib); fi
+  if ((i == 100)); then sleep 2 && pss100=$(pss_mib) split100=$(pss_split); fi
 done
 per_change=$(awk -v a="$t0" -v b="$EPOCHREALTIME" -v n="$changes" 'BEGIN { printf "%.1f", (b - a) * 1000 / n }')
 sleep 2
 pss_end=$(pss_mib)
 kill -0 "$player_pid" 2>/dev/null || give_up "the player died over the track changes"
 printf '%s\n' "PSS $pss0 MiB at the first track, ${pss100:-?} after 100 changes, $pss_end after $changes" \
+  "by process at the first track: $split0" "by process after 100 changes: ${split100:-?}" \
   "a change every $per_change ms (MPRIS round trips one after the other, pauses included)" | indent
 stop_player
 
