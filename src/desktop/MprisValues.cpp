@@ -1,10 +1,10 @@
 #include "desktop/MprisValues.h"
 
+#include "desktop/StableDigest.h"
 #include "engine/Speeds.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <limits>
 
 namespace tunelark {
@@ -47,15 +47,8 @@ std::optional<std::int64_t> microseconds(double seconds) {
 
 std::string trackIdFor(const std::string& filePath) {
     if (filePath.empty()) return kNoTrackId;
-    // FNV-1a: a stable 64-bit digest; object paths allow only [A-Za-z0-9_] in an element.
-    std::uint64_t hash = 14695981039346656037ull;
-    for (unsigned char c : filePath) {
-        hash ^= c;
-        hash *= 1099511628211ull;
-    }
-    char digits[17];
-    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hash));
-    return std::string("/org/tunelark/Tunelark/track/t") + digits;
+    // Object paths allow only [A-Za-z0-9_] in an element.
+    return "/org/tunelark/Tunelark/track/t" + stableDigest(filePath);
 }
 
 }  // namespace tunelark

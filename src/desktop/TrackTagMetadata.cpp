@@ -1,9 +1,9 @@
 #include "desktop/TrackTagMetadata.h"
 
+#include "desktop/StableDigest.h"
 #include "library/store/FileNames.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <fstream>
 #include <limits>
 #include <system_error>
@@ -26,18 +26,6 @@ std::optional<std::string> nonEmpty(const std::string& text) {
 
 bool startsWith(const std::string& bytes, std::string_view prefix, std::size_t at = 0) {
     return bytes.size() >= at + prefix.size() && std::string_view(bytes).substr(at, prefix.size()) == prefix;
-}
-
-// FNV-1a over the bytes, as 16 hex digits: stable across runs, so a picture keeps its file name.
-std::string digest(const std::string& bytes) {
-    std::uint64_t hash = 14695981039346656037ull;
-    for (unsigned char c : bytes) {
-        hash ^= c;
-        hash *= 1099511628211ull;
-    }
-    char digits[17];
-    std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(hash));
-    return digits;
 }
 
 }  // namespace
@@ -73,7 +61,7 @@ const TagPicture* coverPicture(const std::vector<TagPicture>& pictures) {
 std::optional<std::string> CoverCache::store(const TagPicture& picture) const {
     const auto extension = imageExtension(picture);
     if (!extension) return std::nullopt;
-    const std::filesystem::path file = folder_ / (digest(picture.bytes) + "." + *extension);
+    const std::filesystem::path file = folder_ / (stableDigest(picture.bytes) + "." + *extension);
     std::error_code error;
     const auto size = std::filesystem::file_size(file, error);
     if (!error && size == picture.bytes.size()) return fileUrlFromPath(file.string());

@@ -26,6 +26,16 @@ struct MessageRelease {
 };
 using MessagePtr = std::unique_ptr<GstMessage, MessageRelease>;
 
+struct TagListRelease {
+    void operator()(GstTagList* tags) const noexcept { gst_tag_list_unref(tags); }
+};
+using TagListPtr = std::unique_ptr<GstTagList, TagListRelease>;
+
+struct SampleRelease {
+    void operator()(GstSample* sample) const noexcept { gst_sample_unref(sample); }
+};
+using SamplePtr = std::unique_ptr<GstSample, SampleRelease>;
+
 // A watch on a bus (a GSource on the default main context); removing it stops the callbacks at once.
 class BusWatch {
 public:

@@ -1,6 +1,7 @@
 #include "platform/gstreamer/GstTagReader.h"
 
 #include "platform/glib/GObjectHandles.h"
+#include "platform/gstreamer/GstHandles.h"
 #include "platform/glib/GuardedCall.h"
 
 #include <gst/gst.h>
@@ -31,16 +32,6 @@ namespace {
 using Shared = GstTagReader::Shared;
 
 constexpr std::chrono::milliseconds kSettle{150};
-
-struct TagListRelease {
-    void operator()(GstTagList* tags) const noexcept { gst_tag_list_unref(tags); }
-};
-using TagListPtr = std::unique_ptr<GstTagList, TagListRelease>;
-
-struct SampleRelease {
-    void operator()(GstSample* sample) const noexcept { gst_sample_unref(sample); }
-};
-using SamplePtr = std::unique_ptr<GstSample, SampleRelease>;
 
 struct StreamListRelease {
     void operator()(GList* streams) const noexcept { gst_discoverer_stream_info_list_free(streams); }
