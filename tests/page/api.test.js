@@ -20,6 +20,23 @@ T.test('each page function shows its value', async () => {
   }
 });
 
+T.test('the calls of a track change, sent again with the same values, change nothing on the page', async () => {
+  const mp3s = ['a.mp3', 'b.mp3'].map(T.mp3);
+  await T.native(T.playListScript(mp3s, [T.lrc(mp3s[1], 'b.lrc', 'big5')]));
+  const change = 'setIsPlaying(true);setPlayingFilePath(' + JSON.stringify(mp3s[1].filePath) + ');' +
+    'setMainFileName("b");setDuration("03:00");';
+  await T.native(change);
+  const changes = [];
+  const observer = new MutationObserver((records) => changes.push(...records.map((r) => r.type + ' ' +
+    (r.attributeName || r.target.id || r.target.parentNode?.id || r.target.nodeName))));
+  observer.observe(document.body, { subtree: true, childList: true, attributes: true, characterData: true });
+  await T.native(change);
+  await T.native(change);
+  await T.sleep(0);
+  observer.disconnect();
+  T.eq([changes, T.text('#play-state'), T.text('#now-position')], [[], 'Now playing', '2 of 2'], 'no writes');
+});
+
 T.test('calls before the list arrives are shown once it does; a broken list is reported and kept', async () => {
   const mp3s = ['a.mp3', 'b.mp3'].map(T.mp3);
   await T.native('setPlayingFilePath(' + JSON.stringify(mp3s[1].filePath) + ');');

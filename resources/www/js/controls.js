@@ -74,28 +74,31 @@ Tunelark.Controls = class {
   describeSlider() {
     const duration = this.durationNode.data;
     const text = duration === '--:--' ? Tunelark.t('No track') : Tunelark.tc('time', '{0} of {1}', this.currentNode.data, duration);
-    this.el.slider.setAttribute('aria-valuetext', text);
+    Tunelark.setAttr(this.el.slider, 'aria-valuetext', text);
   }
 
   showPlaying() {
     const { isPlaying, playingPath } = this.state;
     document.body.classList.toggle('is-playing', isPlaying);
-    this.el.playIcon.innerHTML = isPlaying ? this.icons.pause : this.icons.play;
-    this.el.play.setAttribute('aria-label', Tunelark.t(isPlaying ? 'Pause' : 'Play'));
-    this.el.playState.textContent = Tunelark.t(isPlaying ? 'Now playing' : playingPath ? 'Paused' : 'Not playing');
+    if (this.shownIcon !== isPlaying) {
+      this.el.playIcon.innerHTML = isPlaying ? this.icons.pause : this.icons.play;
+      this.shownIcon = isPlaying;
+    }
+    Tunelark.setAttr(this.el.play, 'aria-label', Tunelark.t(isPlaying ? 'Pause' : 'Play'));
+    Tunelark.setText(this.el.playState, Tunelark.t(isPlaying ? 'Now playing' : playingPath ? 'Paused' : 'Not playing'));
     this.playList.patchRow(this.state.playingIndex);
   }
 
   showMainFileName() {
     const name = this.state.mainFileName;
-    this.el.nowTitle.textContent = name || Tunelark.t('Nothing playing');
+    Tunelark.setText(this.el.nowTitle, name || Tunelark.t('Nothing playing'));
     this.el.nowTitle.classList.toggle('idle', !name);
   }
 
   showPlayingPath() {
     const path = Tunelark.readablePath(this.state.playingPath);
-    this.el.nowPath.textContent = path;
-    this.el.nowPath.title = path;
+    Tunelark.setText(this.el.nowPath, path);
+    if (this.el.nowPath.title !== path) this.el.nowPath.title = path;
     this.el.copy.disabled = !path;
     this.showPlaying();
     this.showNowDetails();
@@ -106,10 +109,10 @@ Tunelark.Controls = class {
     const { items, playingIndex, lyricsByMain } = this.state;
     const item = items[playingIndex];
     const lyric = item && lyricsByMain.get(item.mainPathFileName);
-    this.el.nowLyrics.textContent = lyric ? lyric.fileName + ' · ' + lyric.charset : Tunelark.t('None');
-    this.el.nowPosition.textContent = item
-      ? Tunelark.t('{0} of {1}', (playingIndex + 1).toLocaleString('en-US'), items.length.toLocaleString('en-US'))
-      : Tunelark.t('None');
+    Tunelark.setText(this.el.nowLyrics, lyric ? lyric.fileName + ' · ' + lyric.charset : Tunelark.t('None'));
+    Tunelark.setText(this.el.nowPosition, item
+      ? Tunelark.t('{0} of {1}', Tunelark.count(playingIndex + 1), Tunelark.count(items.length))
+      : Tunelark.t('None'));
   }
 
   showMode() {
@@ -145,7 +148,7 @@ Tunelark.Controls = class {
     this.el.clearText.textContent = count === 1
       ? Tunelark.t('The track and their lyric files are taken off the list. The files stay on disk.')
       : Tunelark.t('All {0} tracks and their lyric files are taken off the list. The files stay on disk.',
-        count.toLocaleString('en-US'));
+        Tunelark.count(count));
   }
 
   bindWindowBar() {

@@ -89,6 +89,22 @@ Tunelark.readablePath = function (url) {
   }
 };
 
+// Writes that leave the page as it was are skipped: each one would still mean a style pass, a layout
+// and a repaint of the element, and on a track change the same texts come several times.
+Tunelark.setText = function (el, text) {
+  if (el.textContent !== text) el.textContent = text;
+};
+
+Tunelark.setAttr = function (el, name, value) {
+  if (el.getAttribute(name) !== value) el.setAttribute(name, value);
+};
+
+// Counts as the page writes them; one formatter for all, as each new one loads its locale data again.
+Tunelark.count = (function () {
+  const format = new Intl.NumberFormat('en-US');
+  return (n) => format.format(n);
+})();
+
 // True while focus is in a control that uses the given key itself.
 Tunelark.keyBelongsToControl = function (target, key) {
   if (!target || !target.tagName) return false;

@@ -33,7 +33,7 @@ Tunelark.PlayList = class {
     const count = this.state.items.length;
     if (this.state.selected >= count) this.state.selected = count - 1;
     this.countEl.textContent = count === 0 ? Tunelark.t('No tracks')
-      : Tunelark.t(count === 1 ? '{0} track' : '{0} tracks', count.toLocaleString('en-US'));
+      : Tunelark.t(count === 1 ? '{0} track' : '{0} tracks', Tunelark.count(count));
     this.sizer.style.height = count * this.rowHeight + 'px';
     this.viewport.setAttribute('aria-rowcount', String(count));
     this.emptyEl.hidden = count > 0;
@@ -128,11 +128,10 @@ Tunelark.PlayList = class {
     const playing = index === this.state.playingIndex;
     row.classList.toggle('playing', playing);
     row.classList.toggle('selected', index === this.state.selected);
-    row.setAttribute('aria-selected', String(index === this.state.selected));
-    if (playing) row.setAttribute('aria-current', 'true');
-    else row.removeAttribute('aria-current');
-    const button = row.querySelector('.row-play');
-    button.setAttribute('aria-label', this.playLabel(index, this.state.items[index].name));
+    Tunelark.setAttr(row, 'aria-selected', String(index === this.state.selected));
+    if (playing) Tunelark.setAttr(row, 'aria-current', 'true');
+    else if (row.hasAttribute('aria-current')) row.removeAttribute('aria-current');
+    Tunelark.setAttr(row.querySelector('.row-play'), 'aria-label', this.playLabel(index, this.state.items[index].name));
   }
 
   select(index, reveal) {
