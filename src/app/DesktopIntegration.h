@@ -45,6 +45,7 @@ public:
 
 private:
     ObservedAudioPlayerFactory& players_;
+    PlayerHolder& engine_;
     DesktopFiles files_;
     GstTagReader tagReader_;
     MediaPlayer2 mediaPlayer_;

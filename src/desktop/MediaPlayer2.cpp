@@ -76,6 +76,12 @@ void MediaPlayer2::refresh() {
     }
 }
 
+void MediaPlayer2::clockTicked() {
+    if (!signals_) return;
+    timer_.reset();
+    if (++ticks_ % kTicksPerRefresh == 0) refresh();
+}
+
 void MediaPlayer2::positionSet() {
     seeked_ = true;
     queueRefresh();

@@ -25,6 +25,7 @@ class MediaPlayer2 : public BusObject {
 public:
     // Changes made by the page are found within this time; changes made here at once.
     static constexpr std::chrono::milliseconds kRefreshInterval{200};
+    static constexpr unsigned kTicksPerRefresh = 2;  // of the engine's 0.1 s clock
 
     struct Deps {
         MainQueue& queue;
@@ -46,6 +47,9 @@ public:
     void setSignals(BusSignals* signals);
     // Announces what changed since the last announcement, then Seeked when the position was set meanwhile.
     void refresh();
+    // Called after each tick of the engine's clock. Once the clock runs, its ticks are the poll: the
+    // poll's own timer stops, saving the main loop one wake-up in two of the clock's.
+    void clockTicked();
     // From the players: a position was set, or the transport may have changed. A refresh follows the
     // running operation.
     void positionSet();
@@ -88,6 +92,7 @@ private:
     PlayerState announced_;
     bool refreshQueued_ = false;
     bool seeked_ = false;
+    unsigned ticks_ = 0;
     std::unique_ptr<RepeatingTimer> timer_;
     std::shared_ptr<MediaPlayer2*> self_;  // queued tasks reach this object only while it lives
 };

@@ -31,6 +31,9 @@ struct EngineSeams {
     std::function<void(const std::string&)> setLyricText;
     // Whether the main window is on screen; empty (not visible) while there is none.
     std::function<bool()> mainWindowVisible;
+    // Runs after each tick of the clock, in its turn: polls that can ride on the clock need no wake-up
+    // of their own.
+    std::function<void()> afterTick;
 };
 
 }  // namespace tunelark

@@ -8,7 +8,10 @@ PlayerUtil& PlayerHolder::player() {
     if (!player_) {
         player_ = std::make_unique<PlayerUtil>(deps_, seams_);
         clock_ = std::make_unique<PlaybackClock>(*player_);
-        timer_ = deps_.queue.startRepeating(std::chrono::milliseconds(100), [clock = clock_.get()] { clock->tick(); });
+        timer_ = deps_.queue.startRepeating(std::chrono::milliseconds(100), [this] {
+            clock_->tick();
+            if (seams_.afterTick) seams_.afterTick();
+        });
     }
     return *player_;
 }

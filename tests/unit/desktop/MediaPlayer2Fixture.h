@@ -20,6 +20,7 @@ protected:
         ops.speedUp = [this] { engine.player().speedUp(); };
         ops.speedDown = [this] { engine.player().speedDown(); };
         observed.setListener({[this] { mpris.positionSet(); }, [this] { mpris.transportChanged(); }});
+        engine.seams().afterTick = [this] { mpris.clockTicked(); };
         addSong("a.mp3");
         addSong("b.mp3");
         engine.player().playItem(url("a.mp3"));

@@ -57,9 +57,11 @@ TEST_F(MediaPlayer2Test, SeekAndSetPositionStayWithinTheCurrentTrackAndAreAnnoun
 }
 
 TEST_F(MediaPlayer2Test, ChangesAreAnnouncedWithOnlyWhatChanged) {
+    const int timers = queue.liveTimers();
     players.last()->advance(5);
     queue.advance(MediaPlayer2::kRefreshInterval * 3);
     EXPECT_TRUE(bus.changes.empty()) << "the position moving is no change";
+    EXPECT_EQ(queue.liveTimers(), timers - 1) << "the clock's ticks poll; the poll's own timer is gone";
     engine.player().changeMode();  // the page's mode button
     queue.advance(MediaPlayer2::kRefreshInterval);
     ASSERT_EQ(bus.changes.size(), 1u);
