@@ -25,7 +25,7 @@ struct PlayerDeps {
     std::function<std::uint32_t()> random = makeRandomSource();
 };
 
-// Windows above the engine that it feeds; filled by the program when those windows exist.
+// What above the engine it feeds, and what rides on its clock; filled by the program once those exist.
 struct EngineSeams {
     // Shows a lyric text in the lyrics window; empty while there is none. Called from main-queue tasks.
     std::function<void(const std::string&)> setLyricText;
