@@ -12,7 +12,6 @@ namespace tunelark {
 
 namespace {
 
-constexpr const char* kFailed = "org.freedesktop.DBus.Error.Failed";
 constexpr const char* kInvalidArgs = "org.freedesktop.DBus.Error.InvalidArgs";
 constexpr const char* kNotSupported = "org.freedesktop.DBus.Error.NotSupported";
 constexpr const char* kUnknownMethod = "org.freedesktop.DBus.Error.UnknownMethod";

@@ -10,8 +10,7 @@ namespace tunelark {
 GstAudioPlayerFactory::GstAudioPlayerFactory(std::chrono::milliseconds prerollLimit) : prerollLimit_(prerollLimit) {}
 
 std::unique_ptr<AudioPlayer> GstAudioPlayerFactory::open(const std::string& path) {
-    // Not at start-up: reading the plugin registry would delay the page, and most starts play later.
-    if (!gst_is_initialized()) gst_init(nullptr, nullptr);
+    initGstreamer();
     // A track's streaming threads free what they used in their own malloc arenas, which keep it; a
     // moment after the last change of track it goes back to the system.
     trim_.start(1000, &GstAudioPlayerFactory::trimMemory, this);

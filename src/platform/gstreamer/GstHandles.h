@@ -3,7 +3,6 @@
 #include <gst/gst.h>
 
 #include <memory>
-#include <utility>
 
 namespace tunelark {
 
@@ -40,27 +39,20 @@ using SamplePtr = std::unique_ptr<GstSample, SampleRelease>;
 class BusWatch {
 public:
     BusWatch() = default;
-    BusWatch(GstBus* bus, GstBusFunc callback, gpointer data) : id_(gst_bus_add_watch(bus, callback, data)) {}
-    BusWatch(BusWatch&& other) noexcept : id_(std::exchange(other.id_, 0)) {}
-    BusWatch& operator=(BusWatch&& other) noexcept {
-        if (this != &other) {
-            reset();
-            id_ = std::exchange(other.id_, 0);
-        }
-        return *this;
-    }
-    BusWatch(const BusWatch&) = delete;
-    BusWatch& operator=(const BusWatch&) = delete;
-    ~BusWatch() { reset(); }
+    BusWatch(GstBus* bus, GstBusFunc callback, gpointer data) : source_(gst_bus_add_watch(bus, callback, data)) {}
 
-    explicit operator bool() const { return id_ != 0; }
-    void reset() {
-        if (id_ != 0) g_source_remove(std::exchange(id_, 0));
-    }
+    explicit operator bool() const { return bool(source_); }
+    void reset() { source_.reset(); }
 
 private:
-    guint id_ = 0;
+    SourceId source_;
 };
+
+// GStreamer is set up with its first use rather than at start-up: reading the plugin registry would
+// delay the page. Any thread.
+inline void initGstreamer() {
+    if (!gst_is_initialized()) gst_init(nullptr, nullptr);
+}
 
 // A playbin and its bus, kept for the next track once its own was dropped (SparePipelines).
 struct SparePipeline {

@@ -158,7 +158,7 @@ void work(const std::shared_ptr<Shared>& shared, std::chrono::milliseconds limit
             auto answer = std::make_unique<Answer>(Answer{shared, std::move(job.done), TrackTags{}});
             try {
                 if (!discoverer) {
-                    if (!gst_is_initialized()) gst_init(nullptr, nullptr);
+                    initGstreamer();
                     discoverer = GObjectPtr<GstDiscoverer>::adopt(gst_discoverer_new(timeout, nullptr));
                 }
                 if (discoverer) answer->tags = discover(discoverer.get(), job.path);

@@ -1,5 +1,4 @@
 #pragma once
-#include "platform/glib/GSourceHandles.h"
 #include <glib.h>
 #include <pulse/context.h>
 #include <pulse/glib-mainloop.h>
@@ -8,7 +7,6 @@
 #include <pulse/subscribe.h>
 
 #include <memory>
-#include <utility>
 
 namespace tunelark {
 

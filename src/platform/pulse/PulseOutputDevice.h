@@ -1,5 +1,6 @@
 #pragma once
 #include "platform/AudioPlayer.h"
+#include "platform/glib/GSourceHandles.h"
 #include "platform/pulse/DefaultSinkTracker.h"
 #include "platform/pulse/PulseHandles.h"
 
