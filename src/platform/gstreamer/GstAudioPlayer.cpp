@@ -92,6 +92,22 @@ std::optional<std::string> preroll(GstElement* pipeline, GstBus* bus, std::chron
     }
 }
 
+// The first sink inside a bin, down to one that is not a bin itself; null if there is none.
+ElementPtr innermostSink(GstElement* element) {
+    ElementPtr current(GST_ELEMENT(gst_object_ref(element)));
+    while (GST_IS_BIN(current.get())) {
+        GstIterator* sinks = gst_bin_iterate_sinks(GST_BIN(current.get()));
+        GValue item = G_VALUE_INIT;
+        ElementPtr next;
+        if (gst_iterator_next(sinks, &item) == GST_ITERATOR_OK) next.reset(GST_ELEMENT(g_value_dup_object(&item)));
+        g_value_unset(&item);
+        gst_iterator_free(sinks);
+        if (!next) return nullptr;
+        current = std::move(next);
+    }
+    return current;
+}
+
 double queryDuration(GstElement* pipeline) {
     gint64 nanoseconds = 0;
     if (!gst_element_query_duration(pipeline, GST_FORMAT_TIME, &nanoseconds) || nanoseconds <= 0) return 0;
@@ -139,7 +155,11 @@ std::unique_ptr<GstAudioPlayer> GstAudioPlayer::open(const std::string& path, st
 
 GstAudioPlayer::GstAudioPlayer(PipelinePtr pipeline, BusPtr bus, double duration,
                                std::weak_ptr<SparePipelines> spare)
-    : pipeline_(std::move(pipeline)), bus_(std::move(bus)), duration_(duration), spare_(std::move(spare)) {
+    : pipeline_(std::move(pipeline)),
+      bus_(std::move(bus)),
+      sink_(innermostSink(pipeline_.get())),
+      duration_(duration),
+      spare_(std::move(spare)) {
     watch_ = BusWatch(bus_.get(), &GstAudioPlayer::onBusMessage, this);
 }
 
@@ -225,7 +245,8 @@ void GstAudioPlayer::stop() {
 double GstAudioPlayer::position() const {
     if (pendingSeek_) return *pendingSeek_;
     gint64 nanoseconds = 0;
-    if (gst_element_query_position(pipeline_.get(), GST_FORMAT_TIME, &nanoseconds) && nanoseconds >= 0) {
+    GstElement* asked = sink_ ? sink_.get() : pipeline_.get();
+    if (gst_element_query_position(asked, GST_FORMAT_TIME, &nanoseconds) && nanoseconds >= 0) {
         lastPosition_ = static_cast<double>(nanoseconds) / GST_SECOND;
     }
     return lastPosition_;

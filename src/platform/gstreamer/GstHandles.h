@@ -19,6 +19,7 @@ struct GstObjectRelease {
     void operator()(gpointer object) const noexcept { gst_object_unref(object); }
 };
 using BusPtr = std::unique_ptr<GstBus, GstObjectRelease>;
+using ElementPtr = std::unique_ptr<GstElement, GstObjectRelease>;
 
 struct MessageRelease {
     void operator()(GstMessage* message) const noexcept { gst_message_unref(message); }
