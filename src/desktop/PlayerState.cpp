@@ -71,7 +71,7 @@ PlayerState PlayerStateReader::read() {
     state.rate = rateForSpeedIdx(engine ? engine->speedIdx() : kInitialSpeedIdx);
     state.shuffle = shuffleForMode(mode);
     state.loopStatus = loopStatusForMode(mode);
-    state.metadata = metadata(engine);
+    state.metadata = metadata(engine, place.entry.get());
     state.canGoNext = canGoNext(mode, place);
     state.canGoPrevious = canGoPrevious(place);
     state.canPlay = place.size > 0 || track != nullptr;
@@ -100,13 +100,12 @@ std::string PlayerStateReader::currentTrackId() const {
     return trackIdFor(page_.playingFilePath);
 }
 
-BusDict PlayerStateReader::metadata(PlayerUtil* engine) {
+// The playing item's entry is found once per read: the list is walked five times a second.
+BusDict PlayerStateReader::metadata(PlayerUtil* engine, const Mp3Entity* playing) {
     const std::string filePath = page_.playingFilePath;
     BusDict values{{"mpris:trackid", BusObjectPath{trackIdFor(filePath)}}};
     if (filePath.empty()) return values;
-    const ListPlace place = placeInList(page_);
-    const std::string fileName =
-        place.entry && place.entry->fileName ? *place.entry->fileName : lastComponentDecoded(filePath);
+    const std::string fileName = playing && playing->fileName ? *playing->fileName : lastComponentDecoded(filePath);
     values["xesam:url"] = filePath;
     // Without tags, the name the page shows, without the console line that belongs to the start of the
     // track.

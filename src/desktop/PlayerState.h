@@ -50,7 +50,7 @@ public:
     std::string currentTrackId() const;
 
 private:
-    BusDict metadata(PlayerUtil* player);
+    BusDict metadata(PlayerUtil* player, const Mp3Entity* playing);
     const std::string* lyricText(PlayerUtil& player);
 
     PlayerHolder& engine_;
