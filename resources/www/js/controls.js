@@ -17,9 +17,8 @@ Tunelark.Controls = class {
       rowsOne: byId('rows-one'), rowsTwo: byId('rows-two'), clearDialog: byId('clear-dialog'),
       clearText: byId('clear-text'), aboutDialog: byId('about-dialog'), aboutName: byId('about-name'),
     };
-    // The clock writes these two texts and nothing else. A write replaces the element's text: changing
-    // a text node's data in place kept WebKit redrawing at the display's rate for half a second after
-    // every change, three times the CPU of the change itself.
+    // The two times. A write replaces the element's text: changing a text node's data in place kept
+    // WebKit redrawing at the display's rate for half a second after every change.
     this.currentEl = byId('current-time');
     this.durationEl = byId('duration-time');
     this.shownCurrent = this.currentEl.textContent;
