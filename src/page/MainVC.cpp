@@ -17,63 +17,63 @@ void MainVC::evaluate(const std::string& script) {
     if (wkWebView_ != nullptr) wkWebView_->evaluate(script);
 }
 
-void MainVC::post(BuildScript buildScript) {
+void MainVC::post(BuildCall buildCall) {
     if (batch_ && !batch_->sent && queue_.postedCount() == batchPostedAs_) {
-        batch_->calls.push_back(std::move(buildScript));
+        batch_->calls.push_back(std::move(buildCall));
         return;
     }
     batch_ = std::make_shared<Batch>();
-    batch_->calls.push_back(std::move(buildScript));
+    batch_->calls.push_back(std::move(buildCall));
     queue_.post([batch = batch_] {
         batch->sent = true;
         MainVC* view = MainVC::shared;
         if (view == nullptr || !view->hasPage()) return;
-        std::vector<std::string> scripts;
-        scripts.reserve(batch->calls.size());
-        for (const auto& build : batch->calls) scripts.push_back(build(*view));
-        view->wkWebView_->evaluateAll(scripts);
+        std::vector<PageCall> calls;
+        calls.reserve(batch->calls.size());
+        for (const auto& build : batch->calls) calls.push_back(build(*view));
+        view->wkWebView_->callAll(calls);
     });
     batchPostedAs_ = queue_.postedCount();
 }
 
 void MainVC::setMode() {
-    post([](const MainVC& view) { return setModeScript(playModeText(view.state_.playMode)); });
+    post([](const MainVC& view) { return setModeCall(playModeText(view.state_.playMode)); });
 }
 
 void MainVC::setIsPlaying(bool playing) {
     sentIsPlaying_ = playing;
-    post([playing](const MainVC&) { return setIsPlayingScript(playing); });
+    post([playing](const MainVC&) { return setIsPlayingCall(playing); });
 }
 
 void MainVC::setPlayingFilePath(const std::string& filePath) {
-    post([filePath](const MainVC&) { return setPlayingFilePathScript(filePath); });
+    post([filePath](const MainVC&) { return setPlayingFilePathCall(filePath); });
 }
 
 void MainVC::setMainFileName(const std::string& name) {
     sentMainFileName_ = name;
-    post([name](const MainVC&) { return setMainFileNameScript(name); });
+    post([name](const MainVC&) { return setMainFileNameCall(name); });
 }
 
 void MainVC::setDuration(const std::string& text) {
     sentDuration_ = text;
-    post([text](const MainVC&) { return setDurationScript(text); });
+    post([text](const MainVC&) { return setDurationCall(text); });
 }
 
 void MainVC::setCurrent(const std::string& text) {
-    post([text](const MainVC&) { return setCurrentScript(text); });
+    post([text](const MainVC&) { return setCurrentCall(text); });
 }
 
 void MainVC::setSliderCurrentValue(std::int64_t value) {
-    post([value](const MainVC&) { return setSliderCurrentValueScript(value); });
+    post([value](const MainVC&) { return setSliderCurrentValueCall(value); });
 }
 
 void MainVC::setSpeed(const std::string& text) {
     sentSpeed_ = text;
-    post([text](const MainVC&) { return setSpeedScript(text); });
+    post([text](const MainVC&) { return setSpeedCall(text); });
 }
 
 void MainVC::setLyricsSwitches(bool on) {
-    post([on](const MainVC& view) { return setLyricsSwitchesScript(on, view.state_.displayingRowNum); });
+    post([on](const MainVC& view) { return setLyricsSwitchesCall(on, view.state_.displayingRowNum); });
 }
 
 void MainVC::sendPlaybackAgain(const std::string& initialSpeed) {

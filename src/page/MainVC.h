@@ -30,10 +30,11 @@ public:
     // Whether there is a page to talk to.
     bool hasPage() const { return wkWebView_ != nullptr; }
 
-    // Page calls: each posts a task to the main queue that builds the script and evaluates it, so
+    // Page calls: each posts a task to the main queue that builds the call and makes it, so
     // callers never wait. A call is dropped when there is no main view or web view by then. Calls made
-    // one after another with nothing else posted in between share one task and one evaluation, in order.
-    void setMode();  // the play mode as it is when the script is built
+    // one after another with nothing else posted in between share one task and go to the page together, in
+    // order.
+    void setMode();  // the play mode as it is when the call is built
     void setIsPlaying(bool playing);
     void setPlayingFilePath(const std::string& filePath);
     void setMainFileName(const std::string& name);
@@ -41,7 +42,7 @@ public:
     void setCurrent(const std::string& text);
     void setSliderCurrentValue(std::int64_t value);
     void setSpeed(const std::string& text);
-    // The lyrics switch and the row mode (as it is when the script is built).
+    // The lyrics switch and the row mode (as it is when the call is built).
     void setLyricsSwitches(bool on);
 
     // Tells a freshly loaded page again what it was last told of playback: playing or not (as last sent,
@@ -56,13 +57,13 @@ public:
     MainQueue& queue() { return queue_; }
 
 private:
-    using BuildScript = std::function<std::string(const MainVC&)>;
+    using BuildCall = std::function<PageCall(const MainVC&)>;
     struct Batch {
-        std::vector<BuildScript> calls;
+        std::vector<BuildCall> calls;
         bool sent = false;
     };
-    // The script is built from the main view found in the slot when the task runs.
-    void post(BuildScript buildScript);
+    // The call is built from the main view found in the slot when the task runs.
+    void post(BuildCall buildCall);
     MainQueue& queue_;
     // The calls of the last task posted, open for more while that task is still the last one posted.
     std::shared_ptr<Batch> batch_;

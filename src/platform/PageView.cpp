@@ -4,8 +4,8 @@
 
 namespace tunelark {
 
-void PageView::evaluateAll(const std::vector<std::string>& scripts) {
-    for (const auto& script : scripts) evaluate(script);
+void PageView::callAll(const std::vector<PageCall>& calls) {
+    for (const auto& call : calls) evaluate(call.script());
 }
 
 bool PageView::bindMessage(const std::string& name, MessageHandler handler) {

@@ -1,4 +1,6 @@
 #pragma once
+#include "platform/PageCall.h"
+
 #include <functional>
 #include <set>
 #include <string>
@@ -14,9 +16,10 @@ public:
     virtual ~PageView() = default;
     // Runs a script in the page's main frame without waiting; its result and errors are dropped.
     virtual void evaluate(const std::string& script) = 0;
-    // Runs the scripts in order, as evaluate would one after another; a view may hand them to the page
-    // in one go. A script that throws does not keep the later ones from running.
-    virtual void evaluateAll(const std::vector<std::string>& scripts);
+    // Makes the calls in order, as evaluating their scripts one after another would; a view may hand
+    // them to the page in one go, with their values as values. A call that throws does not keep the
+    // later ones from running.
+    virtual void callAll(const std::vector<PageCall>& calls);
 
     // Binds a message name of window.webkit.messageHandlers; the handler gets the body as JSON text
     // ("null" when the page passed nothing). Handlers run on the main thread, one message at a time.

@@ -1,11 +1,13 @@
 #include "platform/gtk/WkWebViewWithMouseEvent.h"
 
 #include "platform/TextCatalog.h"
+#include "platform/Utf8.h"
 #include "platform/glib/GuardedCall.h"
 
 #include <gtk/gtk.h>
 #include <webkit2/webkit2.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -190,23 +192,64 @@ void WkWebViewWithMouseEvent::reapplyStyleOverride() {
     webkit_user_content_manager_add_style_sheet(contentManager_.get(), styleOverride_.get());
 }
 
+namespace {
+
+// Whether a GVariant carries the value exactly: not text that is not well-formed UTF-8 or holds a NUL.
+bool carriable(const PageValue& value) {
+    const auto* text = std::get_if<std::string>(&value);
+    return !text || (isWellFormedUtf8(*text) && text->find('\0') == std::string::npos);
+}
+
+bool logsDebug() { return !g_log_writer_default_would_drop(G_LOG_LEVEL_DEBUG, kLogDomain); }
+
+}  // namespace
+
 // Every evaluation is a round trip to the page's process; the clock's two calls of a tick, and a burst of
-// calls from one main-loop turn, go as one. Each script keeps its own try so that one that throws does
-// not stop the rest, as separate evaluations would not.
-void WkWebViewWithMouseEvent::evaluateAll(const std::vector<std::string>& scripts) {
-    if (scripts.size() == 1) {
-        evaluate(scripts.front());
+// calls from one main-loop turn, go as one. The page gets one function body with the values as its
+// arguments: the body's text depends only on which functions are called, so the page's script engine
+// compiles each such text once. A script with the values written into it was a new text every time, ten
+// a second from the clock, and the engine kept a compiled copy of each: the page's process grew by
+// megabytes over minutes of play. Each call keeps its own try so that one that throws does not stop the
+// rest, as separate evaluations would not.
+void WkWebViewWithMouseEvent::callAll(const std::vector<PageCall>& calls) {
+    const bool asValues = std::all_of(calls.begin(), calls.end(), [](const PageCall& call) {
+        return std::all_of(call.arguments.begin(), call.arguments.end(), carriable);
+    });
+    if (!asValues) {
+        // Rare text only a script string carries exactly.
+        PageView::callAll(calls);
         return;
     }
-    std::string joined;
-    for (const auto& script : scripts) {
-        g_log(kLogDomain, G_LOG_LEVEL_DEBUG, "%s", script.c_str());
-        joined += "try{";
-        joined += script;
-        joined += "\n}catch(e){console.error(e)}";
+    const bool logged = logsDebug();
+    std::string body;
+    GVariantBuilder arguments;
+    g_variant_builder_init(&arguments, G_VARIANT_TYPE_VARDICT);
+    for (std::size_t i = 0; i < calls.size(); ++i) {
+        const PageCall& call = calls[i];
+        if (logged) g_log(kLogDomain, G_LOG_LEVEL_DEBUG, "%s", call.script().c_str());
+        body += "try{";
+        body += call.function;
+        body += '(';
+        for (std::size_t j = 0; j < call.arguments.size(); ++j) {
+            if (j > 0) body += ',';
+            const PageValue& value = call.arguments[j];
+            // WebKit takes no booleans as arguments; the two texts of one are as constant as a name.
+            if (const auto* flag = std::get_if<bool>(&value)) {
+                body += *flag ? "true" : "false";
+                continue;
+            }
+            const std::string name = "a" + std::to_string(i) + "_" + std::to_string(j);
+            const auto* number = std::get_if<std::int64_t>(&value);
+            g_variant_builder_add(&arguments, "{sv}", name.c_str(),
+                                  number ? g_variant_new_int64(*number)
+                                         : g_variant_new_string(std::get<std::string>(value).c_str()));
+            body += name;
+        }
+        body += ")\n}catch(e){console.error(e)}";
     }
-    webkit_web_view_evaluate_javascript(view_.get(), joined.data(), static_cast<gssize>(joined.size()), nullptr,
-                                        nullptr, nullptr, nullptr, nullptr);
+    webkit_web_view_call_async_javascript_function(view_.get(), body.data(), static_cast<gssize>(body.size()),
+                                                   g_variant_builder_end(&arguments), nullptr, nullptr, nullptr,
+                                                   nullptr, nullptr);
 }
 
 void WkWebViewWithMouseEvent::registerHandler(const std::string& name,

@@ -60,8 +60,9 @@ public:
     WkWebViewWithMouseEvent& operator=(const WkWebViewWithMouseEvent&) = delete;
 
     void evaluate(const std::string& script) override;
-    // One evaluation for all of them, each logged as evaluate logs it.
-    void evaluateAll(const std::vector<std::string>& scripts) override;
+    // One function body for all of them with their values as arguments, each logged as evaluate logs
+    // its script.
+    void callAll(const std::vector<PageCall>& calls) override;
     void registerHandler(const std::string& name, std::function<void(const std::string& bodyJson)> handler) override;
     void setStyleOverride(const std::string& css) override;
 

@@ -13,15 +13,15 @@ using test::JsCallReader;
 using Texts = std::vector<std::string>;
 
 TEST(PageCalls, ScriptsHaveTheirExactForms) {
-    EXPECT_EQ(setIsPlayingScript(true) + setIsPlayingScript(false), "setIsPlaying(true);setIsPlaying(false);");
-    EXPECT_EQ(setSliderCurrentValueScript(-7), "setSliderCurrentValue(-7);");
+    EXPECT_EQ(setIsPlayingCall(true).script() + setIsPlayingCall(false).script(), "setIsPlaying(true);setIsPlaying(false);");
+    EXPECT_EQ(setSliderCurrentValueCall(-7).script(), "setSliderCurrentValue(-7);");
     EXPECT_EQ(setPlayListScript("[]", "[]"), R"(setPlayList("[]","[]");)");
     EXPECT_EQ(setPlayListScript(R"([{"fileName":"a.mp3","no":1}])", R"(["<"])"),
               R"(setPlayList("[{\"fileName\":\"a.mp3\",\"no\":1}]","[\"\u003c\"]");)");
     EXPECT_EQ(setAllSupportedCharsetNamesScript(R"(["utf8"])"), R"(setAllSupportedCharsetNames("[\"utf8\"]");)");
-    EXPECT_EQ(setModeScript("cycle") + setPlayingFilePathScript("file:///a%20b") + setMainFileNameScript("歌词 café"),
+    EXPECT_EQ(setModeCall("cycle").script() + setPlayingFilePathCall("file:///a%20b").script() + setMainFileNameCall("歌词 café").script(),
               R"(setMode("cycle");setPlayingFilePath("file:///a%20b");setMainFileName("歌词 café");)");
-    EXPECT_EQ(setDurationScript("62:05") + setCurrentScript("-1") + setSpeedScript("1.50"),
+    EXPECT_EQ(setDurationCall("62:05").script() + setCurrentCall("-1").script() + setSpeedCall("1.50").script(),
               R"(setDuration("62:05");setCurrent("-1");setSpeed("1.50");)");
 }
 
@@ -30,8 +30,8 @@ TEST(PageCalls, HostileTextsReachThePageUnchanged) {
                            "line\xE2\x80\xA8separator, paragraph\xE2\x80\xA9separator", "</script><script>x()<!--",
                            std::string("nul\0byte", 8), "tab\tbell\a del\x7F esc\x1B", "'single' `back` ${x} 歌词 🎵"};
     const std::pair<const char*, std::string (*)(std::string_view)> builders[] = {
-        {"setMode", setModeScript}, {"setPlayingFilePath", setPlayingFilePathScript}, {"setCurrent", setCurrentScript},
-        {"setMainFileName", setMainFileNameScript}, {"setDuration", setDurationScript}, {"setSpeed", setSpeedScript},
+        {"setMode", [](std::string_view t) { return setModeCall(t).script(); }}, {"setPlayingFilePath", [](std::string_view t) { return setPlayingFilePathCall(t).script(); }}, {"setCurrent", [](std::string_view t) { return setCurrentCall(t).script(); }},
+        {"setMainFileName", [](std::string_view t) { return setMainFileNameCall(t).script(); }}, {"setDuration", [](std::string_view t) { return setDurationCall(t).script(); }}, {"setSpeed", [](std::string_view t) { return setSpeedCall(t).script(); }},
         {"setAllSupportedCharsetNames", setAllSupportedCharsetNamesScript}};
     for (const auto& [function, build] : builders) {
         for (const auto& text : hostile) {
@@ -54,7 +54,7 @@ TEST(PageCalls, EachInvalidByteBecomesAReplacementCharacter) {
         {"\xC0\xAF", r + r}, {"\xED\xA0\x80", r + r + r}, {"\xF4\x90\x80\x80", r + r + r + r},  // beyond U+10FFFF
         {"caf\xE9", "caf" + r}, {"\xC3\xA9\xFF\xE2\x82\xAC", "\xC3\xA9" + r + "\xE2\x82\xAC"}, {"\xC3\"", r + "\""}};
     for (const auto& [bytes, received] : cases) {
-        const auto call = JsCallReader::read(setMainFileNameScript(bytes));
+        const auto call = JsCallReader::read(setMainFileNameCall(bytes).script());
         ASSERT_TRUE(call) << received;
         EXPECT_EQ(call->arguments, Texts{received});
     }

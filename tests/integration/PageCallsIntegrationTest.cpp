@@ -1,0 +1,64 @@
+// Page calls through the real web view: the values the page's functions receive, in order, whatever the
+// texts hold. Runs inside tests/support/with-session.sh (it needs a display).
+#include "main_window/PageFolder.h"
+#include "platform/gtk/WkWebViewWithMouseEvent.h"
+#include "MainLoop.h"
+
+#include <gtest/gtest.h>
+#include <gtk/gtk.h>
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <optional>
+
+namespace tunelark::test {
+namespace {
+
+// Functions of the test's own that note what they were given; "fail" throws after noting.
+constexpr const char* kRecorder = R"JS(
+window.got = [];
+window.note = (...values) => { got.push(values); };
+window.fail = (...values) => { got.push(['fail'].concat(values)); throw new Error('as asked'); };
+window.report = () => window.webkit.messageHandlers.callsProbe.postMessage(JSON.stringify(got));
+)JS";
+
+TEST(PageCalls, ThePageGetsEveryValueAsGivenAndInOrder) {
+    ASSERT_TRUE(gtk_init_check(nullptr, nullptr)) << "no display";
+    PageFolder folder(TUNELARK_SOURCE_DIR "/resources/www");
+    bool loaded = false;
+    WkWebViewWithMouseEvent view(WkWebViewWithMouseEvent::Callbacks{
+        [&](const std::string& path) -> std::optional<std::string> {
+            auto file = folder.resolve(path);
+            return file ? std::optional<std::string>(file->string()) : std::nullopt;
+        },
+        nullptr, [&] { loaded = true; }, nullptr});
+    nlohmann::json got;
+    view.registerHandler("callsProbe", [&](const std::string& body) {
+        got = nlohmann::json::parse(nlohmann::json::parse(body).get<std::string>());
+    });
+    view.loadPage();
+    ASSERT_TRUE(runUntil([&] { return loaded; }, std::chrono::seconds(30))) << "the page did not load";
+
+    const std::string hostile = "\"); note('injected'); (\" \\ </script> \n\xE2\x80\xA8 歌词 🎵 ${x} `";
+    view.evaluate(kRecorder);
+    view.callAll({PageCall{"note", {std::string("00:07"), std::int64_t{-4321}}},
+                  PageCall{"fail", {true}},  // the calls after it still run
+                  PageCall{"note", {hostile, false}}});
+    view.evaluate("note('between');");
+    // Text that is not UTF-8 reaches the page with each bad byte as U+FFFD, the NUL kept.
+    view.callAll({PageCall{"note", {std::string("caf\xE9")}}, PageCall{"note", {std::string("a\0b", 3)}}});
+    view.callAll({PageCall{"report", {}}});
+    ASSERT_TRUE(runUntil([&] { return !got.is_null(); }, std::chrono::seconds(30))) << "no report";
+
+    const nlohmann::json expected = nlohmann::json::parse(R"([["00:07", -4321], ["fail", true]])");
+    ASSERT_EQ(got.size(), 6U) << got.dump();
+    EXPECT_EQ(got[0], expected[0]);
+    EXPECT_EQ(got[1], expected[1]);
+    EXPECT_EQ(got[2], (nlohmann::json::array({hostile, false})));
+    EXPECT_EQ(got[3], nlohmann::json::array({"between"}));
+    EXPECT_EQ(got[4], nlohmann::json::array({"caf\xEF\xBF\xBD"}));
+    EXPECT_EQ(got[5], nlohmann::json::array({std::string("a\0b", 3)}));
+}
+
+}  // namespace
+}  // namespace tunelark::test
