@@ -42,9 +42,9 @@ static void check(const std::string& script, const std::string& function, const 
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     static const std::pair<const char*, std::string (*)(std::string_view)> builders[] = {
-        {"setAllSupportedCharsetNames", setAllSupportedCharsetNamesScript}, {"setMode", setModeScript},
-        {"setPlayingFilePath", setPlayingFilePathScript}, {"setMainFileName", setMainFileNameScript},
-        {"setDuration", setDurationScript}, {"setCurrent", setCurrentScript}, {"setSpeed", setSpeedScript}};
+        {"setAllSupportedCharsetNames", setAllSupportedCharsetNamesScript}, {"setMode", [](std::string_view t) { return setModeCall(t).script(); }},
+        {"setPlayingFilePath", [](std::string_view t) { return setPlayingFilePathCall(t).script(); }}, {"setMainFileName", [](std::string_view t) { return setMainFileNameCall(t).script(); }},
+        {"setDuration", [](std::string_view t) { return setDurationCall(t).script(); }}, {"setCurrent", [](std::string_view t) { return setCurrentCall(t).script(); }}, {"setSpeed", [](std::string_view t) { return setSpeedCall(t).script(); }}};
     FuzzedDataProvider input(data, size);
     const int builder = input.ConsumeIntegralInRange(0, 8);
     const std::string first = input.ConsumeRandomLengthString();
@@ -58,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         check(builders[builder - 1].second(text), builders[builder - 1].first, {text});
     } else {
         const auto value = FuzzedDataProvider(data, size).ConsumeIntegral<std::int64_t>();
-        const auto read = jsonArguments(setSliderCurrentValueScript(value), "setSliderCurrentValue");
+        const auto read = jsonArguments(setSliderCurrentValueCall(value).script(), "setSliderCurrentValue");
         fuzz::require(read.is_array() && read.size() == 1 && read[0].is_number_integer() && read[0] == value,
                       "the slider value reads back as the same integer");
     }
