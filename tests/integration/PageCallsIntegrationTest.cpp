@@ -1,7 +1,6 @@
 // Page calls through the real web view: the values the page's functions receive, in order, whatever the
 // texts hold. Runs inside tests/support/with-session.sh (it needs a display).
-#include "main_window/PageFolder.h"
-#include "platform/gtk/WkWebViewWithMouseEvent.h"
+#include "LoadedPage.h"
 #include "MainLoop.h"
 
 #include <gtest/gtest.h>
@@ -9,7 +8,6 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
-#include <optional>
 
 namespace tunelark::test {
 namespace {
@@ -24,20 +22,14 @@ window.report = () => window.webkit.messageHandlers.callsProbe.postMessage(JSON.
 
 TEST(PageCalls, ThePageGetsEveryValueAsGivenAndInOrder) {
     ASSERT_TRUE(gtk_init_check(nullptr, nullptr)) << "no display";
-    PageFolder folder(TUNELARK_SOURCE_DIR "/resources/www");
-    bool loaded = false;
-    WkWebViewWithMouseEvent view(WkWebViewWithMouseEvent::Callbacks{
-        [&](const std::string& path) -> std::optional<std::string> {
-            auto file = folder.resolve(path);
-            return file ? std::optional<std::string>(file->string()) : std::nullopt;
-        },
-        nullptr, [&] { loaded = true; }, nullptr});
+    LoadedPage page;
+    WkWebViewWithMouseEvent& view = page.view();
     nlohmann::json got;
     view.registerHandler("callsProbe", [&](const std::string& body) {
         got = nlohmann::json::parse(nlohmann::json::parse(body).get<std::string>());
     });
     view.loadPage();
-    ASSERT_TRUE(runUntil([&] { return loaded; }, std::chrono::seconds(30))) << "the page did not load";
+    ASSERT_TRUE(runUntil([&] { return page.finished(); }, std::chrono::seconds(30))) << "the page did not load";
 
     const std::string hostile = "\"); note('injected'); (\" \\ </script> \n\xE2\x80\xA8 歌词 🎵 ${x} `";
     view.evaluate(kRecorder);

@@ -1,7 +1,7 @@
 // The page's own web view and scheme with the real page folder: what the running page can fetch; and the
 // scheme alone on a context of the test's own, over its whole life.
 // Runs inside tests/support/with-session.sh (it needs a display).
-#include "main_window/PageFolder.h"
+#include "LoadedPage.h"
 #include "platform/gtk/PageScheme.h"
 #include "platform/gtk/WkWebViewWithMouseEvent.h"
 #include "TempDir.h"
@@ -46,20 +46,14 @@ constexpr const char* kProbeScript = R"JS(
 TEST(PageScheme, ThePageReadsItsOwnFilesAndNothingOutsideItsFolder) {
     ASSERT_TRUE(gtk_init_check(nullptr, nullptr)) << "no display";
     const std::string resources = TUNELARK_SOURCE_DIR "/resources";
-    PageFolder folder(resources + "/www");
-    bool loaded = false;
-    WkWebViewWithMouseEvent view(WkWebViewWithMouseEvent::Callbacks{
-        [&](const std::string& path) -> std::optional<std::string> {
-            auto file = folder.resolve(path);
-            return file ? std::optional<std::string>(file->string()) : std::nullopt;
-        },
-        nullptr, [&] { loaded = true; }, nullptr});
+    LoadedPage page;
+    WkWebViewWithMouseEvent& view = page.view();
     nlohmann::json results;
     view.registerHandler("schemeProbe", [&](const std::string& body) {
         results = nlohmann::json::parse(nlohmann::json::parse(body).get<std::string>());
     });
     view.loadPage();
-    ASSERT_TRUE(runUntil([&] { return loaded; }, std::chrono::seconds(30))) << "the page did not load";
+    ASSERT_TRUE(runUntil([&] { return page.finished(); }, std::chrono::seconds(30))) << "the page did not load";
 
     const std::string own = "tunelark://app/js/core.js";
     // Ways out of the folder as the web view hands them on: another scheme, dot segments plain and encoded
