@@ -52,5 +52,37 @@ TEST(PageCalls, ThePageGetsEveryValueAsGivenAndInOrder) {
     EXPECT_EQ(got[5], nlohmann::json::array({std::string("a\0b", 3)}));
 }
 
+// Out of sight the calls wait, then come all together in their order: after the delay, before a script
+// evaluated later, or as soon as the page is in sight again.
+TEST(PageCalls, OutOfSightTheyWaitAndKeepTheirOrder) {
+    ASSERT_TRUE(gtk_init_check(nullptr, nullptr)) << "no display";
+    LoadedPage page;
+    WkWebViewWithMouseEvent& view = page.view();
+    nlohmann::json got;
+    view.registerHandler("callsProbe", [&](const std::string& body) {
+        got = nlohmann::json::parse(nlohmann::json::parse(body).get<std::string>());
+    });
+    view.loadPage();
+    ASSERT_TRUE(runUntil([&] { return page.finished(); }, std::chrono::seconds(30))) << "the page did not load";
+    view.evaluate(kRecorder);
+
+    view.setInSight(false);
+    view.callAll({PageCall{"note", {std::int64_t{1}}}});
+    view.callAll({PageCall{"note", {std::int64_t{2}}}, PageCall{"report", {}}});
+    EXPECT_FALSE(runUntil([&] { return !got.is_null(); }, std::chrono::milliseconds(300))) << "not held";
+    ASSERT_TRUE(runUntil([&] { return !got.is_null(); }, std::chrono::seconds(10))) << "never sent";
+    EXPECT_EQ(got, nlohmann::json::parse("[[1], [2]]"));
+
+    got = nullptr;
+    view.callAll({PageCall{"note", {std::int64_t{3}}}});
+    view.evaluate("note('evaluated');");
+    view.callAll({PageCall{"report", {}}});
+    EXPECT_FALSE(runUntil([&] { return !got.is_null(); }, std::chrono::milliseconds(300))) << "not held";
+    view.setInSight(true);
+    ASSERT_TRUE(runUntil([&] { return !got.is_null(); }, std::chrono::seconds(10))) << "not sent when in sight";
+    EXPECT_EQ(got, nlohmann::json::parse(R"([[1], [2], [3], ["evaluated"]])"));
+
+}
+
 }  // namespace
 }  // namespace tunelark::test

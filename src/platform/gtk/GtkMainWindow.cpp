@@ -32,12 +32,15 @@ struct GtkMainWindowSignals {
                                                        (state & GDK_WINDOW_STATE_MAXIMIZED) != 0);
         return FALSE;
     }
+    static void shownOrHidden(GtkWidget*, gpointer data) noexcept { static_cast<GtkMainWindow*>(data)->sightChanged(); }
     static void allocated(GtkWidget*, GdkRectangle*, gpointer data) noexcept {
         static_cast<GtkMainWindow*>(data)->laidOut();
     }
     // Only X without a compositor tells; a composited window always counts as uncovered.
     static gboolean visibilityChanged(GtkWidget*, GdkEventVisibility* event, gpointer data) noexcept {
-        static_cast<GtkMainWindow*>(data)->fullyObscured_ = event->state == GDK_VISIBILITY_FULLY_OBSCURED;
+        auto* window = static_cast<GtkMainWindow*>(data);
+        window->fullyObscured_ = event->state == GDK_VISIBILITY_FULLY_OBSCURED;
+        window->sightChanged();
         return FALSE;
     }
 };
@@ -84,6 +87,9 @@ GtkMainWindow::GtkMainWindow(GtkApplication* application, WkWebViewWithMouseEven
     connections_.emplace_back(window, "size-allocate", G_CALLBACK(&S::allocated), this);
     gtk_widget_add_events(window_.get(), GDK_VISIBILITY_NOTIFY_MASK);
     connections_.emplace_back(window, "visibility-notify-event", G_CALLBACK(&S::visibilityChanged), this);
+    connections_.emplace_back(window, "show", G_CALLBACK(&S::shownOrHidden), this);
+    connections_.emplace_back(window, "hide", G_CALLBACK(&S::shownOrHidden), this);
+    sightChanged();
 }
 
 GtkMainWindow::~GtkMainWindow() {
@@ -185,8 +191,11 @@ void GtkMainWindow::unmaximize(const Rect& restored) {
     gtk_window_unmaximize(gtkWindow());
 }
 
+void GtkMainWindow::sightChanged() { webView_.setInSight(isVisible()); }
+
 void GtkMainWindow::stateChanged(bool iconified, bool maximized) {
     iconified_ = iconified;
+    sightChanged();
     const bool unmaximized = maximized_ && !maximized;
     maximized_ = maximized;
     // Other changes (focus among them) come between the report and the layout; they keep the request.

@@ -48,6 +48,8 @@ private:
     friend struct GtkMainWindowSignals;
     void refreshFrame();
     void stateChanged(bool iconified, bool maximized);
+    // Tells the page's view whether anyone can see it now.
+    void sightChanged();
     void laidOut();
     double titleBarHeight() const;
 

@@ -126,6 +126,9 @@ WkWebViewWithMouseEvent::WkWebViewWithMouseEvent(Callbacks callbacks)
                        PageNavigationHooks::Callbacks{
                            std::move(callbacks.decideNavigation), std::move(callbacks.navigationFinished),
                            [this, ended = std::move(callbacks.webProcessTerminated)](const std::string& reason) {
+                               // They were for the page that ended; the new one is told afresh.
+                               heldCalls_.clear();
+                               heldCallsTimeout_.cancel();
                                if (ended) ended(reason);
                                // The load starts a new page process; the page then posts "showWindow" again.
                                loadPage();
@@ -163,6 +166,7 @@ void WkWebViewWithMouseEvent::loadPage() {
 }
 
 void WkWebViewWithMouseEvent::evaluate(const std::string& script) {
+    sendHeldCalls();
     g_log(kLogDomain, G_LOG_LEVEL_DEBUG, "%s", script.c_str());
     webkit_web_view_evaluate_javascript(view_.get(), script.data(), static_cast<gssize>(script.size()), nullptr,
                                         nullptr, nullptr, nullptr, nullptr);
@@ -204,6 +208,36 @@ bool logsDebug() { return !g_log_writer_default_would_drop(G_LOG_LEVEL_DEBUG, kL
 
 }  // namespace
 
+// Out of sight, the page needs its calls in order, not in time: ten round trips a second woke the page's
+// process, and ours for each answer, for a page nobody saw, which was half of what playing with the window
+// minimised cost. Held, they go once a second.
+void WkWebViewWithMouseEvent::callAll(const std::vector<PageCall>& calls) {
+    if (inSight_) {
+        sendCalls(calls);
+        return;
+    }
+    heldCalls_.insert(heldCalls_.end(), calls.begin(), calls.end());
+    if (!heldCallsTimeout_.pending()) heldCallsTimeout_.start(kHeldCallsDelayMs, &sendHeldCallsLater, this);
+}
+
+void WkWebViewWithMouseEvent::setInSight(bool inSight) {
+    inSight_ = inSight;
+    if (inSight_) sendHeldCalls();
+}
+
+void WkWebViewWithMouseEvent::sendHeldCalls() {
+    heldCallsTimeout_.cancel();
+    if (heldCalls_.empty()) return;
+    sendCalls(std::exchange(heldCalls_, {}));
+}
+
+int WkWebViewWithMouseEvent::sendHeldCallsLater(void* self) noexcept {
+    auto* view = static_cast<WkWebViewWithMouseEvent*>(self);
+    view->heldCallsTimeout_.fired();
+    guardedCall("held page calls", [&] { view->sendHeldCalls(); });
+    return G_SOURCE_REMOVE;
+}
+
 // Every evaluation is a round trip to the page's process; the clock's two calls of a tick, and a burst of
 // calls from one main-loop turn, go as one. The page gets one function body with the values as its
 // arguments: the body's text depends only on which functions are called, so the page's script engine
@@ -211,7 +245,7 @@ bool logsDebug() { return !g_log_writer_default_would_drop(G_LOG_LEVEL_DEBUG, kL
 // a second from the clock, and the engine kept a compiled copy of each: the page's process grew by
 // megabytes over minutes of play. Each call keeps its own try so that one that throws does not stop the
 // rest, as separate evaluations would not.
-void WkWebViewWithMouseEvent::callAll(const std::vector<PageCall>& calls) {
+void WkWebViewWithMouseEvent::sendCalls(const std::vector<PageCall>& calls) {
     const bool asValues = std::all_of(calls.begin(), calls.end(), [](const PageCall& call) {
         return std::all_of(call.arguments.begin(), call.arguments.end(), carriable);
     });

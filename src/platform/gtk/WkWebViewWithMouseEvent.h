@@ -1,6 +1,7 @@
 #pragma once
 #include "platform/PageView.h"
 #include "platform/glib/GObjectHandles.h"
+#include "platform/glib/GSourceHandles.h"
 #include "platform/gtk/PageNavigationHooks.h"
 #include "platform/gtk/PageScheme.h"
 
@@ -61,8 +62,12 @@ public:
 
     void evaluate(const std::string& script) override;
     // One function body for all of them with their values as arguments, each logged as evaluate logs
-    // its script.
+    // its script. While the view is out of sight the calls are held and go together, in order, at most
+    // kHeldCallsDelayMs later, when the view comes into sight, or before the next evaluate.
     void callAll(const std::vector<PageCall>& calls) override;
+    // Whether anyone can see the page: false while its window is minimised, hidden or fully covered.
+    void setInSight(bool inSight);
+    static constexpr unsigned kHeldCallsDelayMs = 1000;
     void registerHandler(const std::string& name, std::function<void(const std::string& bodyJson)> handler) override;
     void setStyleOverride(const std::string& css) override;
 
@@ -81,6 +86,9 @@ private:
     struct Handler;
     void connectSignals();
     void reapplyStyleOverride();
+    void sendCalls(const std::vector<PageCall>& calls);
+    void sendHeldCalls();
+    static int sendHeldCallsLater(void* self) noexcept;
 
     GObjectPtr<WebKitWebContext> context_;
     PageScheme scheme_;
@@ -100,6 +108,9 @@ private:
     };
     std::unique_ptr<WebKitUserStyleSheet, UnrefStyleSheet> styleOverride_;
     std::vector<SignalConnection> connections_;
+    bool inSight_ = true;
+    std::vector<PageCall> heldCalls_;
+    OneShotTimeout heldCallsTimeout_;
 };
 
 }  // namespace tunelark
