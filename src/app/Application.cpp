@@ -58,6 +58,7 @@ Application::Application(GtkApplication* application, const PageResources& resou
           OperationTargets{mainWC_, dialogs_, clipboard_, addFiles_, editor_, engine_, lyricsWindow_})) {
     engine_.seams().setLyricText = [](const std::string& text) { setSharedLyricText(text); };
     engine_.seams().mainWindowVisible = [this] { return window_.isVisible(); };
+    engine_.seams().outputDeviceRecorded = [this] { outputDeviceWatch_.wake(); };
     playList_.setLyricsWindowShown([this] { return lyricsWindow_.isShown(); });
     window_.setOnCloseRequest([this] { mainWC_.windowShouldClose(); });
     installMenu();

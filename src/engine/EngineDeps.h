@@ -34,6 +34,8 @@ struct EngineSeams {
     // Runs after each tick of the clock, in its turn: polls that can ride on the clock need no wake-up
     // of their own.
     std::function<void()> afterTick;
+    // Runs after a play start has recorded the output device, which the device watch compares with.
+    std::function<void()> outputDeviceRecorded;
 };
 
 }  // namespace tunelark

@@ -253,7 +253,10 @@ bool PlayerUtil::startPlayer() {
     return started;
 }
 
-void PlayerUtil::recordOutputDevice() { recordedOutputDevice_ = deps_.outputDevice.defaultOutputDevice(); }
+void PlayerUtil::recordOutputDevice() {
+    recordedOutputDevice_ = deps_.outputDevice.defaultOutputDevice();
+    if (seams_.outputDeviceRecorded) seams_.outputDeviceRecorded();
+}
 
 bool PlayerUtil::openEntry(Mp3Entity& entry) {
     bool stale = true;

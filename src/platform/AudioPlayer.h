@@ -43,6 +43,12 @@ class OutputDevice {
 public:
     virtual ~OutputDevice() = default;
     virtual unsigned int defaultOutputDevice() const = 0;
+    // A device that learns of its changes as they happen calls `changed` on the main thread after each
+    // change of the id, and says so with true; one that cannot returns false, and must be read to be known.
+    virtual bool callOnChange(std::function<void()> changed) {
+        (void)changed;
+        return false;
+    }
 };
 
 }  // namespace tunelark

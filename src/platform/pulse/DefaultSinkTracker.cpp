@@ -1,5 +1,7 @@
 #include "platform/pulse/DefaultSinkTracker.h"
 
+#include <utility>
+
 namespace tunelark {
 
 std::uint32_t outputDeviceIdForSink(std::string_view sinkName, std::string_view portName) {
@@ -69,7 +71,8 @@ void DefaultSinkTracker::askSinkInfo() {
 void DefaultSinkTracker::publish(const std::string& sinkName, const std::string& portName) {
     sinkName_ = sinkName;
     portName_ = portName;
-    id_ = sinkName.empty() ? 0 : outputDeviceIdForSink(sinkName, portName);
+    const std::uint32_t before = std::exchange(id_, sinkName.empty() ? 0 : outputDeviceIdForSink(sinkName, portName));
+    if (id_ != before && idChanged_) idChanged_();
 }
 
 }  // namespace tunelark

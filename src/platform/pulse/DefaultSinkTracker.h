@@ -1,5 +1,6 @@
 #pragma once
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -45,6 +46,8 @@ public:
     void sinkInfoAnswered(std::uint64_t ticket, const std::optional<SinkInfo>& sink);
 
     std::uint32_t id() const { return id_; }
+    // Called after each change of the id.
+    void setOnIdChanged(std::function<void()> idChanged) { idChanged_ = std::move(idChanged); }
     const std::string& sinkName() const { return sinkName_; }
     const std::string& portName() const { return portName_; }
 
@@ -61,6 +64,7 @@ private:
     std::string sinkName_;
     std::string portName_;
     std::uint32_t id_ = 0;
+    std::function<void()> idChanged_;
 };
 
 }  // namespace tunelark

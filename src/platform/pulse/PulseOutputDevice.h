@@ -25,6 +25,11 @@ public:
     PulseOutputDevice& operator=(const PulseOutputDevice&) = delete;
 
     unsigned int defaultOutputDevice() const override { return tracker_.id(); }
+    // The server's events keep the id current, so every change is known as it comes.
+    bool callOnChange(std::function<void()> changed) override {
+        tracker_.setOnIdChanged(std::move(changed));
+        return true;
+    }
     const std::string& defaultSinkName() const { return tracker_.sinkName(); }
     const std::string& activePortName() const { return tracker_.portName(); }
     bool connected() const { return ready_; }

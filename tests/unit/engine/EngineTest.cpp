@@ -165,6 +165,41 @@ TEST_F(EngineTest, TheDeviceWatchPausesOnceWhenTheDeviceChangesAndResumesOnlyOnI
     EXPECT_THAT(watchFor(0xA), ElementsAre(isPlaying(true)));
 }
 
+// A device that tells of its changes: the same decisions, but the 0.07 s timer runs only until the
+// change it was woken for has been acted on.
+TEST_F(EngineTest, WithADeviceThatTellsOfItsChangesTheWatchDecidesAlikeAndRestsInBetween) {
+    FakeReportingOutputDevice reporting;
+    reporting.id = 0xA;
+    PlayerHolder engine{PlayerDeps{queue, *view, store, dialogs, players, reporting, [] { return std::string("en-US"); }}};
+    OutputDeviceWatch watch{engine, reporting};
+    engine.seams().outputDeviceRecorded = [&] { watch.wake(); };
+    watch.start(queue);
+    EXPECT_TRUE(watch.looking());
+    queue.advance(std::chrono::milliseconds(100));
+    EXPECT_FALSE(watch.looking()) << "nothing plays: one look decides, then rest";
+    addSong("a.mp3");
+    engine.player().playItem(url("a.mp3"));
+    EXPECT_TRUE(watch.looking()) << "a play start records the device: look again";
+    queue.advance(std::chrono::milliseconds(100));
+    EXPECT_FALSE(watch.looking());
+    EXPECT_EQ(watch.memory(), OutputDeviceWatch::PausedByDeviceChange::unknown);
+
+    auto watchFor = [&](unsigned int id) {
+        sent();
+        reporting.change(id);
+        EXPECT_TRUE(watch.looking());
+        queue.advance(std::chrono::milliseconds(350));
+        EXPECT_FALSE(watch.looking()) << "rests once the change is acted on";
+        auto s = sent();
+        std::erase_if(s, [](auto& c) { return c.rfind("setCurrent", 0) == 0 || c.rfind("setSlider", 0) == 0; });
+        return s;
+    };
+    EXPECT_THAT(watchFor(0xB), ElementsAre(isPlaying(false)));
+    EXPECT_THAT(watchFor(0xC), IsEmpty()) << "a second change neither pauses again nor resumes";
+    EXPECT_THAT(watchFor(0xA), ElementsAre(isPlaying(true)));
+    EXPECT_THAT(watchFor(0xB), ElementsAre(isPlaying(false))) << "resumed, it pauses again at the next change";
+}
+
 TEST_F(EngineTest, LyricAlertsNameTheFileAndTheStoredCharsetAndTheWindowIsCleared) {
     pageState.playingFilePath = url("a.mp3");
     auto stale = addLyrics("a.lrc", "[00:01.00]still readable\n");

@@ -78,4 +78,17 @@ struct FakeOutputDevice : OutputDevice {
     unsigned int id = 0;
 };
 
+// A device that tells of its changes, as the sound server's events let ours do.
+struct FakeReportingOutputDevice : FakeOutputDevice {
+    bool callOnChange(std::function<void()> callback) override {
+        changed = std::move(callback);
+        return true;
+    }
+    void change(unsigned int to) {
+        id = to;
+        if (changed) changed();
+    }
+    std::function<void()> changed;
+};
+
 }  // namespace tunelark::test

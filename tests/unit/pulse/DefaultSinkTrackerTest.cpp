@@ -54,7 +54,10 @@ protected:
 
 // On a laptop the jack switches the default sink's port and keeps its name.
 TEST_F(DefaultSinkTrackerTest, PluggingHeadphonesInSwitchesThePortAndThatIsAnotherDevice) {
+    int changes = 0;
+    tracker.setOnIdChanged([&] { ++changes; });
     answerDefault(laptop, kLaptop, "analog-output-speaker");
+    EXPECT_EQ(changes, 1);
     const std::uint32_t speakers = tracker.id();
     EXPECT_NE(speakers, 0u);
     sinkEvent(kLaptop, laptop, "analog-output-headphones");
@@ -68,6 +71,7 @@ TEST_F(DefaultSinkTrackerTest, PluggingHeadphonesInSwitchesThePortAndThatIsAnoth
     EXPECT_EQ(tracker.id(), speakers) << "unplugged: the first device again";
     sinkEvent(kLaptop, laptop, "analog-output-speaker");
     EXPECT_EQ(tracker.id(), speakers) << "a change that keeps the port (a volume step)";
+    EXPECT_EQ(changes, 3) << "told of each new id, and only then";
 }
 
 TEST_F(DefaultSinkTrackerTest, AnOlderAnswerNeverOverwritesANewerOne) {
