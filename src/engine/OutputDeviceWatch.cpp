@@ -22,15 +22,15 @@ void OutputDeviceWatch::check() {
     memory_ = PausedByDeviceChange::unknown;
 }
 
-// Fourteen looks a second cost fourteen wake-ups of the main loop, each a round of every source of the
-// loop, for a check that can only act after the device or the recorded device has changed. A device that
-// tells of its changes lets the timer rest in between; each change starts it again, so every change is
-// still seen by a look within 0.07 s, as with a timer that never rests.
 OutputDeviceWatch::~OutputDeviceWatch() {
     // The device may outlive the watch; it must not call into it then.
     if (restsWhenSettled_) device_.callOnChange(nullptr);
 }
 
+// Fourteen looks a second cost fourteen wake-ups of the main loop, each a round of every source of the
+// loop, for a check that can only act after the device or the recorded device has changed. A device that
+// tells of its changes lets the timer rest in between; each change starts it again, so every change is
+// still seen by a look within 0.07 s, as with a timer that never rests.
 void OutputDeviceWatch::start(MainQueue& queue) {
     queue_ = &queue;
     restsWhenSettled_ = device_.callOnChange([this] { wake(); });
