@@ -73,7 +73,7 @@ std::vector<std::string> toolkitArguments(const char* program, const std::vector
 }  // namespace
 
 int main(int argc, char** argv) {
-    tunelark::handLargeAllocationsBack();
+    tunelark::handLargeBlocksBackInPageProcesses();
     std::error_code error;
     auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
     if (error && argc > 0) executable = argv[0];

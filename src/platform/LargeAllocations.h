@@ -2,8 +2,8 @@
 
 namespace tunelark {
 
-// Large memory blocks (a painted track change allocates several megabytes) go back to the system when
-// freed, in this process and in the page's processes started after this call. Call first thing in main.
-void handLargeAllocationsBack();
+// The page's processes, which WebKit starts later from ours and with our environment, hand freed large
+// memory blocks back to the system instead of keeping them in their heaps. Call before the web view exists.
+void handLargeBlocksBackInPageProcesses();
 
 }  // namespace tunelark

@@ -32,7 +32,7 @@ check "the console says the page process ended and the page reloads" \
 another() { now=$(web_process); [[ -n $now && $now != "$old" ]]; }
 check "a new page process runs" within 10 another
 environment_of() { tr '\0' '\n' <"/proc/$1/environ" 2>/dev/null; }
-check "the new page process, like the player, hands large memory blocks back" \
+check "the new page process hands large memory blocks back" \
   eval 'environment_of "$now" | grep -qx MALLOC_MMAP_THRESHOLD_=131072'
 check "the reloaded page said showWindow" within 10 eval '(($(grep -c "^showWindow$" "$out") > shown_before))'
 for call in 'setMode("cycle");' 'setSpeed("1.25");' "setPlayingFilePath(\"$mp3\");" 'setIsPlaying(true);' \
