@@ -8,6 +8,7 @@
 #include <nlohmann/json.hpp>
 
 #include <chrono>
+#include <optional>
 
 namespace tunelark::test {
 namespace {
@@ -20,19 +21,31 @@ window.fail = (...values) => { got.push(['fail'].concat(values)); throw new Erro
 window.report = () => window.webkit.messageHandlers.callsProbe.postMessage(JSON.stringify(got));
 )JS";
 
-TEST(PageCalls, ThePageGetsEveryValueAsGivenAndInOrder) {
-    ASSERT_TRUE(gtk_init_check(nullptr, nullptr)) << "no display";
-    LoadedPage page;
-    WkWebViewWithMouseEvent& view = page.view();
+// The real page, loaded, with the recorder; `got` holds what report() posts.
+class PageCalls : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(gtk_init_check(nullptr, nullptr)) << "no display";
+        page_.emplace();
+        view().registerHandler("callsProbe", [this](const std::string& body) {
+            got = nlohmann::json::parse(nlohmann::json::parse(body).get<std::string>());
+        });
+        view().loadPage();
+        ASSERT_TRUE(runUntil([&] { return page_->finished(); }, std::chrono::seconds(30))) << "the page did not load";
+        view().evaluate(kRecorder);
+    }
+    WkWebViewWithMouseEvent& view() { return page_->view(); }
+
     nlohmann::json got;
-    view.registerHandler("callsProbe", [&](const std::string& body) {
-        got = nlohmann::json::parse(nlohmann::json::parse(body).get<std::string>());
-    });
-    view.loadPage();
-    ASSERT_TRUE(runUntil([&] { return page.finished(); }, std::chrono::seconds(30))) << "the page did not load";
+
+private:
+    std::optional<LoadedPage> page_;  // made once GTK is up
+};
+
+TEST_F(PageCalls, ThePageGetsEveryValueAsGivenAndInOrder) {
+    WkWebViewWithMouseEvent& view = this->view();
 
     const std::string hostile = "\"); note('injected'); (\" \\ </script> \n\xE2\x80\xA8 歌词 🎵 ${x} `";
-    view.evaluate(kRecorder);
     view.callAll({PageCall{"note", {std::string("00:07"), std::int64_t{-4321}}},
                   PageCall{"fail", {true}},  // the calls after it still run
                   PageCall{"note", {hostile, false}}});
@@ -54,17 +67,8 @@ TEST(PageCalls, ThePageGetsEveryValueAsGivenAndInOrder) {
 
 // Out of sight the calls wait, then come all together in their order: after the delay, before a script
 // evaluated later, or as soon as the page is in sight again.
-TEST(PageCalls, OutOfSightTheyWaitAndKeepTheirOrder) {
-    ASSERT_TRUE(gtk_init_check(nullptr, nullptr)) << "no display";
-    LoadedPage page;
-    WkWebViewWithMouseEvent& view = page.view();
-    nlohmann::json got;
-    view.registerHandler("callsProbe", [&](const std::string& body) {
-        got = nlohmann::json::parse(nlohmann::json::parse(body).get<std::string>());
-    });
-    view.loadPage();
-    ASSERT_TRUE(runUntil([&] { return page.finished(); }, std::chrono::seconds(30))) << "the page did not load";
-    view.evaluate(kRecorder);
+TEST_F(PageCalls, OutOfSightTheyWaitAndKeepTheirOrder) {
+    WkWebViewWithMouseEvent& view = this->view();
 
     view.setInSight(false);
     view.callAll({PageCall{"note", {std::int64_t{1}}}});

@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 
 #include <cmath>
+#include <functional>
 
 namespace tunelark::test {
 namespace {
@@ -26,6 +27,16 @@ protected:
         return players.last();
     }
     bool shown = true;
+    // The page calls that a change of the output device leads to within 0.35 s, the clock's ticks left out.
+    std::vector<std::string> sentAfterDeviceChange(const std::function<void()>& change) {
+        sent();
+        change();
+        queue.advance(std::chrono::milliseconds(350));
+        auto s = sent();
+        std::erase_if(s, [](auto& c) { return c.rfind("setCurrent", 0) == 0 || c.rfind("setSlider", 0) == 0; });
+        return s;
+    }
+
     PlayerUtil player{deps(), seams};
     PlaybackClock clock{player};
 };
@@ -152,14 +163,7 @@ TEST_F(EngineTest, TheDeviceWatchPausesOnceWhenTheDeviceChangesAndResumesOnlyOnI
     watch.start(queue);
     addSong("a.mp3");
     engine.player().playItem(url("a.mp3"));
-    auto watchFor = [&](unsigned int id) {  // what the watch sends in 0.35 s, without the clock's ticks
-        sent();
-        device.id = id;
-        queue.advance(std::chrono::milliseconds(350));
-        auto s = sent();
-        std::erase_if(s, [](auto& c) { return c.rfind("setCurrent", 0) == 0 || c.rfind("setSlider", 0) == 0; });
-        return s;
-    };
+    auto watchFor = [&](unsigned int id) { return sentAfterDeviceChange([&] { device.id = id; }); };
     EXPECT_THAT(watchFor(0xB), ElementsAre(isPlaying(false)));
     EXPECT_THAT(watchFor(0xC), IsEmpty()) << "a second change neither pauses again nor resumes";
     EXPECT_THAT(watchFor(0xA), ElementsAre(isPlaying(true)));
@@ -185,13 +189,11 @@ TEST_F(EngineTest, WithADeviceThatTellsOfItsChangesTheWatchDecidesAlikeAndRestsI
     EXPECT_EQ(watch.memory(), OutputDeviceWatch::PausedByDeviceChange::unknown);
 
     auto watchFor = [&](unsigned int id) {
-        sent();
-        reporting.change(id);
-        EXPECT_TRUE(watch.looking());
-        queue.advance(std::chrono::milliseconds(350));
+        auto s = sentAfterDeviceChange([&] {
+            reporting.change(id);
+            EXPECT_TRUE(watch.looking());
+        });
         EXPECT_FALSE(watch.looking()) << "rests once the change is acted on";
-        auto s = sent();
-        std::erase_if(s, [](auto& c) { return c.rfind("setCurrent", 0) == 0 || c.rfind("setSlider", 0) == 0; });
         return s;
     };
     EXPECT_THAT(watchFor(0xB), ElementsAre(isPlaying(false)));
