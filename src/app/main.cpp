@@ -1,8 +1,8 @@
 #include "app/Application.h"
 #include "desktop/CommandLine.h"
 #include "main_window/PageResources.h"
-#include "platform/LargeAllocations.h"
 #include "platform/Localized.h"
+#include "platform/PageProcessTuning.h"
 #include "platform/TextCatalog.h"
 #include "platform/glib/GObjectHandles.h"
 
@@ -73,7 +73,7 @@ std::vector<std::string> toolkitArguments(const char* program, const std::vector
 }  // namespace
 
 int main(int argc, char** argv) {
-    tunelark::handLargeBlocksBackInPageProcesses();
+    tunelark::tunePageProcesses();
     std::error_code error;
     auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
     if (error && argc > 0) executable = argv[0];
