@@ -3,7 +3,8 @@
 # programs doing the least the player must do), measured in one desktop session so that the ratios hold
 # on a shared machine whose absolute figures move by a third from run to run:
 #   1. CPU while playing with the main window shown and the lyrics window in two rows, all our processes,
-#      split by process and thread (treecpu.py), against floor-cpu playing the same MP3 (its label's lines are the lyrics): median of RUNS;
+#      split by process and thread (treecpu.py), against floor-cpu playing the same MP3, whose label's
+#      lines are the player's lyrics: median of RUNS;
 #   2. exec -> main window visible with 1,000 items (500 with lyrics), against floor-start: median of RUNS;
 #   3. CPU playing with the main window minimised, against the shown figure;
 #   4. a storm of 20,000 page messages posted in 0.5 s while playing (tests/e2e/storm_page.html beside a
