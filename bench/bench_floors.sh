@@ -14,7 +14,9 @@
 #      around a 100-item list), and its growth over the first 100.
 # Figures only: nothing passes or fails. Exit status 1 only when something could not be measured.
 #
-# Run (about 5 minutes; --quick: one run of 10 s and 500 changes, about 2 minutes):
+# Each CPU figure is taken over 60 s: the kernel counts a thread's time in hundredths of a second, and a
+# thread that uses under 1 % of a core needs a minute for that to fall below a few per cent of its figure.
+# Run (about 20 minutes; --quick: one run of 10 s and 500 changes, about 3 minutes):
 #   cmake --build build --target tunelark tl-prepare-store && bench/bench_floors.sh [--quick] [build]
 # It starts its own session (tests/support/with-session.sh: Xvfb, PulseAudio null sinks) with openbox,
 # as minimising needs a window manager; all figures are taken under it. It needs what the end-to-end tests
@@ -23,7 +25,7 @@
 set -uo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 usage="usage: bench/bench_floors.sh [--quick] [--runs N] [--seconds S] [--changes N] [BUILD_DIR (default build)]"
-rounds=3 seconds=20 changes=2000 build=$root/build
+rounds=3 seconds=60 changes=2000 build=$root/build
 while (($#)); do
   case $1 in
     --quick) rounds=1 seconds=10 changes=500 ;;
