@@ -16,7 +16,7 @@
 #
 # Each CPU figure is taken over 60 s: the kernel counts a thread's time in hundredths of a second, and a
 # thread that uses under 1 % of a core needs a minute for that to fall below a few per cent of its figure.
-# Run (about 20 minutes; --quick: one run of 10 s and 500 changes, about 3 minutes):
+# Run (about 15 minutes; --quick: one run of 10 s and 500 changes, about 3 minutes):
 #   cmake --build build --target tunelark tl-prepare-store && bench/bench_floors.sh [--quick] [build]
 # It starts its own session (tests/support/with-session.sh: Xvfb, PulseAudio null sinks) with openbox,
 # as minimising needs a window manager; all figures are taken under it. It needs what the end-to-end tests
